@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+#include <QVariant>
+#include <QVariantMap>
+
+#include <functional>
+
+// Parameters of a service call: string keys to QString values or to nested BVTParameters.
+using BVTParameters = QVariantMap;
+
+// Called with the decoded JSON answer: a QVariantMap or a QVariantList.
+using BVTSuccessBlock = std::function<void(const QVariant &response)>;
+
+// Called with the failed answer's body as text; a null QString when no answer arrived.
+using BVTFailureBlock = std::function<void(const QString &responseText)>;
+
+// Why a request failed: the HTTP status when an answer arrived, otherwise the network error
+// (a QNetworkReply::NetworkError value), and a sentence saying what went wrong.
+struct BVTError
+{
+    int code = 0;
+    QString message;
+};
+
+// Called when no access token can be had.
+using BVTErrorBlock = std::function<void(const BVTError &error)>;

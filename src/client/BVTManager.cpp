@@ -1,0 +1,92 @@
+#include <Brevanti/BVTManager.h>
+
+#include "log.h"
+#include "origin.h"
+
+QString bvt::serviceOrigin()
+{
+    return QStringLiteral(BREVANTI_ORIGIN);
+}
+
+BVTManager::BVTManager() = default;
+BVTManager::~BVTManager() = default;
+
+std::shared_ptr<BVTManager> BVTManager::initWithLaunchOptions(const QVariantMap &launchOptions,
+                                                              const QString &clientId,
+                                                              const QString &clientSecret)
+{
+    Q_UNUSED(launchOptions); // accepted for the host's convenience; nothing in them is used
+    std::shared_ptr<BVTManager> manager(new BVTManager);
+    manager->m_clientId = clientId;
+    manager->m_clientSecret = clientSecret;
+    manager->m_origin = bvt::serviceOrigin();
+    manager->m_currentUser = QString();
+    return manager;
+}
+
+QString BVTManager::basicCredentials() const
+{
+    const QString credentials =
+            bvt::formatLine("%@:%@", {bvt::describe(m_clientId), bvt::describe(m_clientSecret)});
+    return QString::fromLatin1(credentials.toUtf8().toBase64());
+}
+
+QString BVTManager::clientId() const
+{
+    return m_clientId;
+}
+
+void BVTManager::setClientId(const QString &clientId)
+{
+    m_clientId = clientId;
+}
+
+QString BVTManager::clientSecret() const
+{
+    return m_clientSecret;
+}
+
+void BVTManager::setClientSecret(const QString &clientSecret)
+{
+    m_clientSecret = clientSecret;
+}
+
+QString BVTManager::origin() const
+{
+    return m_origin;
+}
+
+void BVTManager::setOrigin(const QString &origin)
+{
+    m_origin = origin;
+}
+
+QString BVTManager::access_token() const
+{
+    return m_accessToken;
+}
+
+void BVTManager::setAccess_token(const QString &accessToken)
+{
+    m_accessToken = accessToken;
+}
+
+QDateTime BVTManager::access_token_expires() const
+{
+    return m_accessTokenExpires;
+}
+
+void BVTManager::setAccess_token_expires(const QDateTime &expires)
+{
+    m_accessTokenExpires = expires;
+}
+
+QString BVTManager::current_user() const
+{
+    return m_currentUser;
+}
+
+void BVTManager::setCurrent_user(const QString &currentUser)
+{
+    m_currentUser = currentUser;
+}

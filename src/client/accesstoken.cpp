@@ -1,0 +1,49 @@
+#include <Brevanti/BVTManager.h>
+
+#include "clock.h"
+#include "formencoder.h"
+#include "httpclient.h"
+#include "log.h"
+#include "tokenresponse.h"
+
+void BVTManager::verifyAuthenticated(const BVTSuccessBlock &success, const BVTErrorBlock &failure)
+{
+    // Valid up to its last instant, with no margin: only an expiry strictly later than now counts.
+    if (m_accessTokenExpires.isValid() && m_accessTokenExpires > bvt::clock::now()) {
+        if (success)
+            success(QVariantMap{
+                    {QStringLiteral("message"), QStringLiteral("Existing access token")}});
+        return;
+    }
+
+    m_accessToken = QString();
+    m_accessTokenExpires = QDateTime();
+
+    bvt::HttpRequest request;
+    request.method = "POST";
+    request.url = QUrl(bvt::formatLine("%@%@", {bvt::describe(m_origin), "/oauth/token"}));
+    request.headers = {{"Authorization", "Basic " + basicCredentials().toLatin1()},
+                       {"Accept", "application/json"},
+                       {"Content-Type", "application/x-www-form-urlencoded"}};
+    request.body = bvt::FormEncoder::encode(
+            {{QStringLiteral("grant_type"), QStringLiteral("client_credentials")},
+             {QStringLiteral("scope"), QStringLiteral("brevanti-sdk")}});
+
+    bvt::HttpClient::send(
+            request,
+            [self = shared_from_this(), success, failure](const bvt::JsonResponse &response) {
+                if (!response.accepted) {
+                    if (failure)
+                        failure(response.error);
+                    return;
+                }
+                const bvt::TokenResponse token = bvt::TokenResponse::read(response.object);
+                self->m_accessToken = token.accessToken;
+                self->m_accessTokenExpires = token.expires;
+                bvt::log("self.access_token: %@", self->m_accessToken);
+                bvt::log("self.access_token_expires: %@", self->m_accessTokenExpires);
+                if (success)
+                    success(QVariantMap{
+                            {QStringLiteral("message"), QStringLiteral("Updated access token")}});
+            });
+}

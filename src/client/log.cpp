@@ -1,0 +1,70 @@
+#include "log.h"
+
+#include <QJsonDocument>
+#include <QtDebug>
+
+namespace bvt {
+
+namespace {
+const QString nilText = QStringLiteral("(null)");
+}
+
+QString describe(const QString &value)
+{
+    return value.isNull() ? nilText : value;
+}
+
+QString describe(const QDateTime &value)
+{
+    if (value.isNull())
+        return nilText;
+    return value.toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + QStringLiteral(" +0000");
+}
+
+QString describe(const BVTError &error)
+{
+    return error.message;
+}
+
+QString describe(const QVariant &value)
+{
+    if (!value.isValid() || value.isNull())
+        return nilText;
+    switch (value.typeId()) {
+    case QMetaType::QVariantMap:
+    case QMetaType::QVariantHash:
+    case QMetaType::QVariantList:
+    case QMetaType::QStringList:
+        return QString::fromUtf8(QJsonDocument::fromVariant(value).toJson(QJsonDocument::Compact));
+    case QMetaType::QDateTime:
+        return describe(value.toDateTime());
+    case QMetaType::Bool:
+        return value.toBool() ? QStringLiteral("1") : QStringLiteral("0");
+    default:
+        return value.toString();
+    }
+}
+
+QString formatLine(const char *format, const QStringList &arguments)
+{
+    const QString pattern = QString::fromUtf8(format);
+    QString line;
+    line.reserve(pattern.size());
+    qsizetype next = 0;
+    qsizetype from = 0;
+    for (qsizetype at = pattern.indexOf(QLatin1String("%@")); at >= 0;
+         at = pattern.indexOf(QLatin1String("%@"), from)) {
+        line += QStringView(pattern).mid(from, at - from);
+        line += next < arguments.size() ? arguments.at(next++) : nilText;
+        from = at + 2;
+    }
+    line += QStringView(pattern).mid(from);
+    return line;
+}
+
+void writeLine(const QString &line)
+{
+    qInfo("%s", qUtf8Printable(line));
+}
+
+} // namespace bvt

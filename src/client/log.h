@@ -1,0 +1,36 @@
+#pragma once
+
+#include <Brevanti/BVTTypes.h>
+
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+namespace bvt {
+
+// The text that stands for a value in a log line: strings as they are, numbers in decimal, nil as
+// "(null)", maps and lists as compact JSON, dates as "yyyy-MM-dd HH:mm:ss +0000" in UTC, errors as
+// their message.
+QString describe(const QVariant &value);
+QString describe(const QString &value);
+QString describe(const QDateTime &value);
+QString describe(const BVTError &error);
+inline QString describe(const char *value)
+{
+    return value ? QString::fromUtf8(value) : describe(QVariant());
+}
+
+// Fills each "%@" of format, in order, with the next argument's description.
+QString formatLine(const char *format, const QStringList &arguments);
+
+// Writes one line to the system log (Qt's default category, info level, nothing added).
+void writeLine(const QString &line);
+
+template<typename... Args>
+void log(const char *format, const Args &...args)
+{
+    writeLine(formatLine(format, QStringList{describe(args)...}));
+}
+
+} // namespace bvt

@@ -1,0 +1,175 @@
+#include "service.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QSignalSpy>
+#include <QtTest>
+
+using namespace bvtsim;
+
+Q_DECLARE_METATYPE(bvtsim::Fault)
+
+struct Result
+{
+    int status = 0;
+    QNetworkReply::NetworkError error = QNetworkReply::NoError;
+    QByteArray body, contentType;
+};
+
+class tst_Sim : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<Service> service;
+    std::unique_ptr<QNetworkAccessManager> nam;
+    const QDateTime start = QDateTime(QDate(2024, 3, 1), QTime(12, 0), Qt::UTC);
+    QByteArray bearer; // issued by init() at the start
+    const QByteArray goodGrant = "grant_type=client_credentials&scope=brevanti-sdk";
+
+    static QJsonObject parse(const QByteArray &b) { return QJsonDocument::fromJson(b).object(); }
+    static QByteArray basic(const QString &user) { return "Basic " + user.toLatin1().toBase64(); }
+
+    // Every request is a POST; a null auth sends no Authorization header.
+    Result send(const QByteArray &target, const QByteArray &body = {}, const QByteArray &auth = {})
+    {
+        QNetworkRequest request(QUrl::fromEncoded(service->baseUrl().toEncoded() + target));
+        request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded");
+        request.setRawHeader("Authorization", auth);
+        std::unique_ptr<QNetworkReply> reply(nam->post(request, body));
+        QSignalSpy finished(reply.get(), &QNetworkReply::finished);
+        if (!reply->isFinished() && !finished.wait())
+            reply->abort();
+        return {reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), reply->error(),
+                reply->readAll(), reply->rawHeader("Content-Type")};
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        service = std::make_unique<Service>();
+        QVERIFY(service->listen());
+        service->addClient("app", "s3cret");
+        service->setClock(start);
+        nam = std::make_unique<QNetworkAccessManager>();
+        const Result issued = send("/oauth/token", goodGrant, basic("app:s3cret"));
+        bearer = "Bearer " + parse(issued.body)["access_token"].toString().toLatin1();
+    }
+
+    void token_data()
+    {
+        QTest::addColumn<QByteArray>("authorization"); // null: none
+        QTest::addColumn<QByteArray>("form");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("error");
+        const QByteArray app = basic("app:s3cret"), good = goodGrant;
+        QTest::newRow("good") << app << good << 200 << QString();
+        QTest::newRow("wrong secret") << basic("app:guess") << good << 401 << "invalid_client";
+        QTest::newRow("unknown client") << basic("who:s3cret") << good << 401 << "invalid_client";
+        QTest::newRow("no authorization") << QByteArray() << good << 401 << "invalid_client";
+        QTest::newRow("wrong grant") << app << QByteArray("grant_type=password&scope=brevanti-sdk")
+                                     << 400 << "unsupported_grant_type";
+        QTest::newRow("no scope") << app << QByteArray("grant_type=client_credentials") << 400
+                                  << "invalid_scope";
+    }
+    void token()
+    {
+        QFETCH(QByteArray, authorization);
+        QFETCH(QByteArray, form);
+        QFETCH(int, status);
+        QFETCH(QString, error);
+        const Result result = send("/oauth/token", form, authorization);
+        QCOMPARE(result.status, status);
+        QJsonObject json = parse(result.body);
+        QCOMPARE(json.value("error").toString(), error);
+        QCOMPARE(json.take("access_token").toString().isEmpty(), status != 200);
+        if (status == 200) // and exactly three more members
+            QCOMPARE(QJsonDocument(json).toJson(QJsonDocument::Compact),
+                     R"({"created_at":1709294400,"expires_in":7200,"token_type":"bearer"})");
+    }
+
+    void bearerCheck_data()
+    {
+        QTest::addColumn<QString>("auth"); // "fresh": the token init() issued
+        QTest::addColumn<int>("secondsLater");
+        QTest::addColumn<int>("status");
+        QTest::newRow("last valid second") << "fresh" << 7199 << 200;
+        QTest::newRow("expired") << "fresh" << 7200 << 401;
+        QTest::newRow("missing") << QString() << 0 << 401;
+        QTest::newRow("unknown") << "Bearer 0123456789abcdef0123456789abcdef" << 0 << 401;
+    }
+    void bearerCheck()
+    {
+        QFETCH(QString, auth);
+        QFETCH(int, secondsLater);
+        QFETCH(int, status);
+        service->setClock(start.addSecs(secondsLater));
+        const Result result = send("/echo", {}, auth == "fresh" ? bearer : auth.toLatin1());
+        QCOMPARE(result.status, status);
+        QCOMPARE(parse(result.body)["error"].toString(), status == 401 ? "invalid_token" : "");
+    }
+
+    // Sent as query and as form body: recorded byte for byte, decoded in the answer.
+    void echo_data()
+    {
+        QTest::addColumn<QString>("encoded");
+        QTest::addColumn<QJsonObject>("decoded");
+        QTest::newRow("plus and %2B") << "b=x+y&p=%2B" << parse(R"({"b":"x y","p":"+"})");
+        QTest::newRow("repeated key") << "a=1&a=2&a=3&s" << parse(R"({"a":["1","2","3"],"s":""})");
+        QTest::newRow("escapes") << "c=%C3%A9&d%5B%5D=%2F%25" << parse(R"({"c":"é","d[]":"/%"})");
+    }
+    void echo()
+    {
+        QFETCH(QString, encoded);
+        QFETCH(QJsonObject, decoded);
+        const QByteArray bytes = encoded.toLatin1();
+        const Result result = send("/echo?" + bytes, bytes, bearer);
+        QCOMPARE(result.status, 200);
+        QCOMPARE(parse(result.body)["query"].toObject(), decoded);
+        QCOMPARE(parse(result.body)["form"].toObject(), decoded);
+        QCOMPARE(service->requests().last().query, bytes);
+        QCOMPARE(service->requests().last().body, bytes);
+    }
+
+    void faults_data()
+    {
+        // Fault{delayMs, status, body, contentType, dropConnection, truncateBody, times}
+        QTest::addColumn<Fault>("fault");
+        QTest::addColumn<int>("status"); // 0: no answer
+        const QByteArray busy = R"({"error":"busy"})";
+        QTest::newRow("status and body") << Fault{0, 503, busy, {}, false, false, -1} << 503;
+        QTest::newRow("times=1") << Fault{0, 503, busy, {}, false, false, 1} << 503;
+        QTest::newRow("content type") << Fault{0, 0, {}, "text/html", false, false, -1} << 200;
+        QTest::newRow("drop") << Fault{0, 0, {}, {}, true, false, -1} << 0;
+        QTest::newRow("truncate") << Fault{0, 0, {}, {}, false, true, -1} << 200; // body cut short
+    }
+    void faults()
+    {
+        QFETCH(Fault, fault);
+        QFETCH(int, status);
+        service->setFault("*", "/echo", fault);
+        const Result result = send("/echo", {}, bearer);
+        QCOMPARE(result.status, status);
+        const QByteArray type = fault.contentType.isNull() ? "application/json" : fault.contentType;
+        QCOMPARE(result.contentType, status ? type : QByteArray());
+        QCOMPARE(result.error == QNetworkReply::RemoteHostClosedError,
+                 fault.dropConnection || fault.truncateBody);
+        if (!fault.body.isNull())
+            QCOMPARE(result.body, fault.body);
+        QCOMPARE(send("/echo", {}, bearer).status, fault.times == 1 ? 200 : status); // then
+    }
+
+    void connectionNumbering()
+    {
+        QCOMPARE(send("/echo", {}, bearer).status, 200);
+        nam = std::make_unique<QNetworkAccessManager>();
+        QCOMPARE(send("/echo", {}, bearer).status, 200);
+        QCOMPARE(service->requests().value(1).connection, 1); // 0 is init()'s token request
+        QCOMPARE(service->requests().value(2).connection, 2);
+        QCOMPARE(service->connectionCount(), 2);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Sim)
+#include "tst_sim.moc"

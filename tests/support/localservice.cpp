@@ -1,0 +1,44 @@
+#include "localservice.h"
+
+#include "client/origin.h"
+
+#include <Brevanti/BVT.h>
+
+#include <QTest>
+
+LocalService::LocalService()
+{
+    m_service.addClient(clientId, clientSecret);
+    if (!m_service.listen())
+        qFatal("the local service cannot listen on loopback");
+    m_router = std::make_unique<bvtsim::LoopbackRouter>(QUrl(bvt::serviceOrigin()),
+                                                        m_service.baseUrl());
+    routeLibraryHere();
+}
+
+void LocalService::routeLibraryHere()
+{
+    bvt::setNetworkAccessManager(m_router.get());
+}
+
+LocalService::~LocalService()
+{
+    bvt::setNetworkAccessManager(nullptr);
+}
+
+QList<bvtsim::RecordedRequest> LocalService::requestsFor(const QString &path) const
+{
+    QList<bvtsim::RecordedRequest> matching;
+    for (const bvtsim::RecordedRequest &request : m_service.requests()) {
+        if (request.path == path)
+            matching.append(request);
+    }
+    return matching;
+}
+
+void LocalService::reset()
+{
+    m_service.clearFaults();
+    m_service.clearClock();
+    m_service.clearRequests();
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "loopbackrouter.h"
+#include "service.h"
+
+#include <QString>
+
+#include <memory>
+
+// The local service on a loopback port, with one client registered, and the library's network
+// access routed to it. Tests use the library's own base URL; only the network sees the difference.
+class LocalService
+{
+public:
+    static inline const QString clientId = QStringLiteral("test-client");
+    static inline const QString clientSecret = QStringLiteral("test-secret");
+
+    LocalService();
+    ~LocalService();
+    LocalService(const LocalService &) = delete;
+    LocalService &operator=(const LocalService &) = delete;
+
+    bvtsim::Service &service() { return m_service; }
+
+    // The recorded requests for one path, in the order they arrived.
+    QList<bvtsim::RecordedRequest> requestsFor(const QString &path) const;
+
+    // Sends the library's requests to this service again, after a test routed them elsewhere.
+    void routeLibraryHere();
+
+    // Forget recorded requests, faults and the clock, for the next test function.
+    void reset();
+
+private:
+    bvtsim::Service m_service;
+    std::unique_ptr<bvtsim::LoopbackRouter> m_router;
+};
+
+Q_DECLARE_METATYPE(bvtsim::Fault)

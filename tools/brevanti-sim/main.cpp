@@ -1,0 +1,79 @@
+#include "service.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QTextStream>
+
+#include <cstdlib>
+
+namespace {
+
+[[noreturn]] void fail(const QString &message)
+{
+    QTextStream(stderr) << "brevanti-sim: " << message << Qt::endl;
+    std::exit(EXIT_FAILURE);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("brevanti-sim"));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Local Brevanti service for tests and demos."));
+    parser.addHelpOption();
+    const QCommandLineOption portOption(QStringLiteral("port"),
+                                        QStringLiteral("Port to listen on; 0 picks a free one."),
+                                        QStringLiteral("N"));
+    const QCommandLineOption clientOption(
+            QStringLiteral("client"),
+            QStringLiteral("Client allowed to ask for tokens; repeatable."),
+            QStringLiteral("ID:SECRET"));
+    const QCommandLineOption stateOption(
+            QStringLiteral("state"),
+            QStringLiteral("JSON file that keeps issued tokens across runs."),
+            QStringLiteral("FILE"));
+    const QCommandLineOption lifetimeOption(
+            QStringLiteral("token-lifetime"),
+            QStringLiteral("Lifetime of issued tokens (default 7200)."), QStringLiteral("SECONDS"));
+    const QCommandLineOption hostOption(QStringLiteral("host"),
+                                        QStringLiteral("Address to listen on (default 127.0.0.1)."),
+                                        QStringLiteral("ADDRESS"), QStringLiteral("127.0.0.1"));
+    parser.addOptions({portOption, clientOption, stateOption, lifetimeOption, hostOption});
+    parser.process(app);
+
+    bool ok = false;
+    const uint port = parser.value(portOption).toUInt(&ok);
+    if (!parser.isSet(portOption) || !ok || port > 65535)
+        fail(QStringLiteral("--port N is required, N from 0 to 65535"));
+    const QHostAddress host(parser.value(hostOption));
+    if (host.isNull())
+        fail(QStringLiteral("--host is not an IP address: %1").arg(parser.value(hostOption)));
+    const QStringList clients = parser.values(clientOption);
+    if (clients.isEmpty())
+        fail(QStringLiteral("at least one --client ID:SECRET is required"));
+
+    bvtsim::Service service;
+    for (const QString &client : clients) {
+        const qsizetype colon = client.indexOf(QLatin1Char(':'));
+        if (colon <= 0)
+            fail(QStringLiteral("--client wants ID:SECRET, got %1").arg(client));
+        service.addClient(client.left(colon), client.mid(colon + 1));
+    }
+    if (parser.isSet(lifetimeOption)) {
+        const int lifetime = parser.value(lifetimeOption).toInt(&ok);
+        if (!ok || lifetime <= 0)
+            fail(QStringLiteral("--token-lifetime wants a positive number of seconds"));
+        service.setTokenLifetime(lifetime);
+    }
+    if (parser.isSet(stateOption))
+        service.setStateFile(parser.value(stateOption));
+
+    if (!service.listen(host, quint16(port)))
+        fail(QStringLiteral("cannot listen on %1 port %2").arg(host.toString()).arg(port));
+    // Launchers wait for this exact line to learn the port.
+    QTextStream(stdout) << "brevanti-sim listening on " << service.baseUrl().toString() << Qt::endl;
+    return app.exec();
+}

@@ -1,0 +1,521 @@
+#include "service.h"
+
+#include <QAbstractHttpServer>
+#include <QFile>
+#include <QHttpServerRequest>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLoggingCategory>
+#include <QMetaEnum>
+#include <QPointer>
+#include <QRandomGenerator>
+#include <QSaveFile>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
+
+#include <functional>
+#include <optional>
+
+namespace bvtsim {
+
+// Never the default category: tests read the client library's log lines from that one.
+Q_LOGGING_CATEGORY(lcSim, "brevanti.sim")
+
+namespace {
+
+const char ConnectionProperty[] = "bvtsimConnection";
+const char TokenScope[] = "brevanti-sdk";
+
+using Pairs = QList<QPair<QString, QString>>;
+
+// What a route answers; the service serialises it as compact JSON.
+struct Answer
+{
+    int status = 200;
+    QJsonDocument body;
+};
+
+struct Route
+{
+    QByteArray method; // "*" matches every method
+    QString path;
+    bool needsBearer = true;
+    std::function<Answer(const RecordedRequest &)> handler;
+};
+
+struct FaultEntry
+{
+    QByteArray method;
+    QString path;
+    Fault fault;
+};
+
+Answer error(int status, const char *code, const QString &message)
+{
+    return {status,
+            QJsonDocument(QJsonObject{{"error", QLatin1String(code)}, {"message", message}})};
+}
+
+// Numbers connections in the order they are accepted, before the HTTP layer sees them.
+class NumberingServer : public QTcpServer
+{
+public:
+    NumberingServer(int &accepted) : m_accepted(accepted) { }
+
+protected:
+    void incomingConnection(qintptr descriptor) override
+    {
+        auto *socket = new QTcpSocket(this);
+        socket->setSocketDescriptor(descriptor);
+        socket->setProperty(ConnectionProperty, ++m_accepted);
+        addPendingConnection(socket);
+    }
+
+private:
+    int &m_accepted;
+};
+
+// Hands each parsed request to the service together with its socket: answering on the socket
+// directly is what lets the service send any status, truncate a body or drop the connection.
+class HttpFront : public QAbstractHttpServer
+{
+public:
+    explicit HttpFront(std::function<void(const QHttpServerRequest &, QTcpSocket *)> handler)
+        : m_handler(std::move(handler))
+    { }
+
+protected:
+    bool handleRequest(const QHttpServerRequest &request, QTcpSocket *socket) override
+    {
+        m_handler(request, socket);
+        return true;
+    }
+    // Never called: handleRequest takes every request.
+    void missingHandler(const QHttpServerRequest &, QTcpSocket *) override { }
+
+private:
+    std::function<void(const QHttpServerRequest &, QTcpSocket *)> m_handler;
+};
+
+QByteArray methodName(QHttpServerRequest::Method method)
+{
+    const char *key = QMetaEnum::fromType<QHttpServerRequest::Method>().valueToKey(int(method));
+    return QByteArray(key ? key : "Unknown").toUpper();
+}
+
+// application/x-www-form-urlencoded, which is also how the service reads a query.
+Pairs decodeForm(const QByteArray &encoded)
+{
+    const auto decode = [](QByteArray part) {
+        return QString::fromUtf8(QByteArray::fromPercentEncoding(part.replace('+', ' ')));
+    };
+    Pairs pairs;
+    for (const QByteArray &part : encoded.split('&')) {
+        if (part.isEmpty())
+            continue;
+        const qsizetype equals = part.indexOf('=');
+        if (equals < 0)
+            pairs.append({decode(part), QString()});
+        else
+            pairs.append({decode(part.left(equals)), decode(part.mid(equals + 1))});
+    }
+    return pairs;
+}
+
+QString formValue(const Pairs &pairs, const QString &key)
+{
+    for (const auto &pair : pairs) {
+        if (pair.first == key)
+            return pair.second;
+    }
+    return QString();
+}
+
+// A key seen once maps to its value, a repeated key to the array of its values in order.
+QJsonObject pairsObject(const Pairs &pairs)
+{
+    QJsonObject object;
+    for (const auto &[key, value] : pairs) {
+        const auto it = object.find(key);
+        if (it == object.end()) {
+            object.insert(key, value);
+        } else if (it.value().isArray()) {
+            QJsonArray values = it.value().toArray();
+            values.append(value);
+            it.value() = values;
+        } else {
+            it.value() = QJsonArray{it.value().toString(), value};
+        }
+    }
+    return object;
+}
+
+bool isFormEncoded(const RecordedRequest &request)
+{
+    const QByteArray mediaType = request.header("Content-Type").split(';').first().trimmed();
+    return mediaType.compare("application/x-www-form-urlencoded", Qt::CaseInsensitive) == 0;
+}
+
+QByteArray credentials(const RecordedRequest &request, const QByteArray &scheme)
+{
+    const QByteArray authorization = request.header("Authorization");
+    const qsizetype space = authorization.indexOf(' ');
+    if (space < 0 || authorization.left(space).compare(scheme, Qt::CaseInsensitive) != 0)
+        return QByteArray();
+    return authorization.mid(space + 1).trimmed();
+}
+
+QByteArray reasonPhrase(int status)
+{
+    switch (status) {
+    case 200:
+        return "OK";
+    case 201:
+        return "Created";
+    case 204:
+        return "No Content";
+    case 400:
+        return "Bad Request";
+    case 401:
+        return "Unauthorized";
+    case 403:
+        return "Forbidden";
+    case 404:
+        return "Not Found";
+    case 409:
+        return "Conflict";
+    case 422:
+        return "Unprocessable Entity";
+    case 429:
+        return "Too Many Requests";
+    case 500:
+        return "Internal Server Error";
+    case 502:
+        return "Bad Gateway";
+    case 503:
+        return "Service Unavailable";
+    case 504:
+        return "Gateway Timeout";
+    default:
+        return "Status " + QByteArray::number(status);
+    }
+}
+
+QString reachableHost(const QHostAddress &address)
+{
+    // A wildcard address is reached through the loopback address of its family.
+    if (address == QHostAddress::AnyIPv6)
+        return QStringLiteral("::1");
+    if (address == QHostAddress::Any || address == QHostAddress::AnyIPv4)
+        return QStringLiteral("127.0.0.1");
+    return address.toString();
+}
+
+} // namespace
+
+QByteArray RecordedRequest::header(const QByteArray &name) const
+{
+    for (const auto &[headerName, value] : headers) {
+        if (headerName.compare(name, Qt::CaseInsensitive) == 0)
+            return value;
+    }
+    return QByteArray();
+}
+
+class ServicePrivate
+{
+public:
+    explicit ServicePrivate(Service *service);
+
+    void handle(const QHttpServerRequest &request, QTcpSocket *socket);
+    std::optional<Fault> takeFault(const RecordedRequest &request);
+    Answer dispatch(const RecordedRequest &request);
+    bool bearerValid(const RecordedRequest &request) const;
+
+    Answer issueToken(const RecordedRequest &request);
+    Answer echo(const RecordedRequest &request);
+
+    void loadState();
+    void saveState() const;
+
+    Service *q;
+    int connections = 0; // outlives front, whose server counts into it
+    HttpFront front;
+    NumberingServer *tcp = nullptr; // owned by front
+    QList<Route> routes;
+    QHash<QString, QString> clients; // id -> secret
+    int tokenLifetime = 7200;
+    std::optional<QDateTime> clock;
+    QHash<QByteArray, qint64> tokens; // token -> expiry, seconds since the epoch
+    QString stateFile;
+    QList<FaultEntry> faults;
+    QList<RecordedRequest> requests;
+};
+
+ServicePrivate::ServicePrivate(Service *service)
+    : q(service), front([this](const QHttpServerRequest &request, QTcpSocket *socket) {
+          handle(request, socket);
+      })
+{
+    // Matched on method and exact encoded path; every route but the token one is bearer-checked.
+    routes = {
+            {"POST", QStringLiteral("/oauth/token"), false,
+             [this](const RecordedRequest &r) { return issueToken(r); }},
+            {"*", QStringLiteral("/echo"), true,
+             [this](const RecordedRequest &r) { return echo(r); }},
+    };
+}
+
+void ServicePrivate::handle(const QHttpServerRequest &request, QTcpSocket *socket)
+{
+    RecordedRequest recorded;
+    recorded.method = methodName(request.method());
+    recorded.path = request.url().path(QUrl::FullyEncoded);
+    recorded.query = request.url().query(QUrl::FullyEncoded).toUtf8();
+    recorded.headers = request.headers();
+    recorded.body = request.body();
+    recorded.connection = socket->property(ConnectionProperty).toInt();
+    requests.append(recorded);
+    Q_EMIT q->requestRecorded(int(requests.size() - 1));
+
+    const Fault fault = takeFault(recorded).value_or(Fault());
+    int status = fault.status ? fault.status : 200;
+    QByteArray body = fault.body.isNull() ? QByteArrayLiteral(R"({"error":"fault"})") : fault.body;
+    if (!fault.status && fault.body.isNull() && !fault.dropConnection) {
+        const Answer answer = dispatch(recorded);
+        status = answer.status;
+        body = answer.body.toJson(QJsonDocument::Compact);
+    }
+    const QByteArray contentType =
+            fault.contentType.isNull() ? QByteArrayLiteral("application/json") : fault.contentType;
+
+    const auto act = [socket = QPointer<QTcpSocket>(socket), method = recorded.method, fault,
+                      status, contentType, body]() {
+        if (!socket || socket->state() != QAbstractSocket::ConnectedState)
+            return;
+        if (fault.dropConnection) {
+            socket->abort();
+            return;
+        }
+        socket->write("HTTP/1.1 " + QByteArray::number(status) + ' ' + reasonPhrase(status)
+                      + "\r\nContent-Type: " + contentType
+                      + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n");
+        if (method != "HEAD")
+            socket->write(fault.truncateBody ? body.left(body.size() / 2) : body);
+        if (fault.truncateBody)
+            socket->disconnectFromHost(); // still sends what was written
+    };
+    if (fault.delayMs > 0)
+        QTimer::singleShot(fault.delayMs, &front, act);
+    else
+        act();
+}
+
+std::optional<Fault> ServicePrivate::takeFault(const RecordedRequest &request)
+{
+    FaultEntry *match = nullptr;
+    for (FaultEntry &entry : faults) {
+        if (entry.path != request.path || entry.fault.times == 0)
+            continue;
+        if (entry.method == request.method)
+            match = &entry; // an exact method wins over "*"
+        else if (entry.method == "*" && !match)
+            match = &entry;
+    }
+    if (!match)
+        return std::nullopt;
+    if (match->fault.times > 0)
+        --match->fault.times;
+    return match->fault;
+}
+
+Answer ServicePrivate::dispatch(const RecordedRequest &request)
+{
+    const Route *route = nullptr;
+    for (const Route &candidate : routes) {
+        if (candidate.path == request.path
+            && (candidate.method == "*" || candidate.method == request.method))
+            route = &candidate;
+    }
+    // Unknown routes are bearer-checked too, so probing without a token learns nothing.
+    if ((!route || route->needsBearer) && !bearerValid(request))
+        return error(401, "invalid_token",
+                     QStringLiteral("The access token is missing, unknown or expired."));
+    if (!route)
+        return error(404, "not_found", QStringLiteral("There is no such route."));
+    return route->handler(request);
+}
+
+bool ServicePrivate::bearerValid(const RecordedRequest &request) const
+{
+    const auto it = tokens.constFind(credentials(request, "Bearer"));
+    return it != tokens.cend() && q->now().toSecsSinceEpoch() < it.value();
+}
+
+Answer ServicePrivate::issueToken(const RecordedRequest &request)
+{
+    const QByteArray basic = QByteArray::fromBase64(credentials(request, "Basic"));
+    const qsizetype colon = basic.indexOf(':');
+    const QString id = QString::fromUtf8(basic.left(colon));
+    if (colon < 0 || !clients.contains(id)
+        || clients.value(id) != QString::fromUtf8(basic.mid(colon + 1)))
+        return error(401, "invalid_client",
+                     QStringLiteral("The client id and secret are not known."));
+    if (!isFormEncoded(request))
+        return error(400, "invalid_request", QStringLiteral("The body must be form-encoded."));
+
+    const Pairs form = decodeForm(request.body);
+    if (formValue(form, QStringLiteral("grant_type")) != QLatin1String("client_credentials"))
+        return error(400, "unsupported_grant_type",
+                     QStringLiteral("Only client_credentials is granted."));
+    if (formValue(form, QStringLiteral("scope")) != QLatin1String(TokenScope))
+        return error(400, "invalid_scope", QStringLiteral("The scope must be brevanti-sdk."));
+
+    quint32 words[4];
+    QRandomGenerator::system()->fillRange(words);
+    const QByteArray token =
+            QByteArray(reinterpret_cast<const char *>(words), sizeof words).toHex();
+    const qint64 createdAt = q->now().toSecsSinceEpoch();
+    tokens.insert(token, createdAt + tokenLifetime);
+    saveState();
+    return {200,
+            QJsonDocument(QJsonObject{{"access_token", QString::fromLatin1(token)},
+                                      {"token_type", "bearer"},
+                                      {"expires_in", tokenLifetime},
+                                      {"created_at", createdAt}})};
+}
+
+Answer ServicePrivate::echo(const RecordedRequest &request)
+{
+    const Pairs form = isFormEncoded(request) ? decodeForm(request.body) : Pairs();
+    return {200,
+            QJsonDocument(QJsonObject{{"method", QString::fromLatin1(request.method)},
+                                      {"path", request.path},
+                                      {"query", pairsObject(decodeForm(request.query))},
+                                      {"form", pairsObject(form)}})};
+}
+
+void ServicePrivate::loadState()
+{
+    QFile file(stateFile);
+    if (!file.open(QIODevice::ReadOnly))
+        return; // no state yet
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &parseError);
+    if (!document.isObject()) {
+        qCWarning(lcSim) << "ignoring unreadable state file" << stateFile
+                         << parseError.errorString();
+        return;
+    }
+    const QJsonObject saved = document.object().value(QLatin1String("tokens")).toObject();
+    for (auto it = saved.begin(); it != saved.end(); ++it)
+        tokens.insert(it.key().toLatin1(), it.value().toInteger());
+}
+
+void ServicePrivate::saveState() const
+{
+    if (stateFile.isEmpty())
+        return;
+    QJsonObject saved;
+    for (auto it = tokens.cbegin(); it != tokens.cend(); ++it)
+        saved.insert(QString::fromLatin1(it.key()), it.value());
+    QSaveFile file(stateFile);
+    if (!file.open(QIODevice::WriteOnly)
+        || file.write(QJsonDocument(QJsonObject{{"tokens", saved}}).toJson()) < 0 || !file.commit())
+        qCWarning(lcSim) << "cannot write state file" << stateFile << file.errorString();
+}
+
+Service::Service(QObject *parent) : QObject(parent), d(std::make_unique<ServicePrivate>(this)) { }
+
+Service::~Service() = default;
+
+bool Service::listen(const QHostAddress &address, quint16 port)
+{
+    auto server = std::make_unique<NumberingServer>(d->connections);
+    if (!server->listen(address, port))
+        return false;
+    d->tcp = server.release();
+    d->front.bind(d->tcp);
+    return true;
+}
+
+quint16 Service::port() const
+{
+    return d->tcp ? d->tcp->serverPort() : 0;
+}
+
+QUrl Service::baseUrl() const
+{
+    QUrl url;
+    url.setScheme(QStringLiteral("http"));
+    url.setHost(reachableHost(d->tcp ? d->tcp->serverAddress()
+                                     : QHostAddress(QHostAddress::LocalHost)));
+    url.setPort(port());
+    return url;
+}
+
+void Service::addClient(const QString &id, const QString &secret)
+{
+    d->clients.insert(id, secret);
+}
+
+void Service::setTokenLifetime(int seconds)
+{
+    d->tokenLifetime = seconds;
+}
+
+void Service::setClock(const QDateTime &now)
+{
+    d->clock = now;
+}
+
+void Service::clearClock()
+{
+    d->clock.reset();
+}
+
+QDateTime Service::now() const
+{
+    return d->clock ? *d->clock : QDateTime::currentDateTimeUtc();
+}
+
+void Service::setStateFile(const QString &path)
+{
+    d->stateFile = path;
+    d->loadState();
+}
+
+void Service::setFault(const QByteArray &method, const QString &path, const Fault &fault)
+{
+    for (FaultEntry &entry : d->faults) {
+        if (entry.method == method && entry.path == path) {
+            entry.fault = fault;
+            return;
+        }
+    }
+    d->faults.append({method, path, fault});
+}
+
+void Service::clearFaults()
+{
+    d->faults.clear();
+}
+
+QList<RecordedRequest> Service::requests() const
+{
+    return d->requests;
+}
+
+void Service::clearRequests()
+{
+    d->requests.clear();
+}
+
+int Service::connectionCount() const
+{
+    return d->connections;
+}
+
+} // namespace bvtsim

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QHostAddress>
+#include <QList>
+#include <QObject>
+#include <QPair>
+#include <QString>
+#include <QUrl>
+
+#include <memory>
+
+namespace bvtsim {
+
+// One request exactly as it arrived on the wire.
+struct RecordedRequest
+{
+    QByteArray method; // "GET", "POST", "PATCH", ...
+    QString path;      // percent-encoded path as received, without the query
+    QByteArray query;  // percent-encoded query as received, without '?'; empty when none
+    QList<QPair<QByteArray, QByteArray>> headers; // every header, name as sent
+    QByteArray body;                              // raw body bytes
+    int connection = 0;                           // 1-based number of the TCP connection it came on
+
+    // Value of a header, name compared case-insensitively; a null QByteArray when absent.
+    QByteArray header(const QByteArray &name) const;
+};
+
+// How the service misbehaves for one route.
+struct Fault
+{
+    int delayMs = 0;             // wait this long before answering (or dropping)
+    int status = 0;              // non-zero: answer with this status instead of running the route
+    QByteArray body;             // non-null: answer with these bytes instead of running the route
+    QByteArray contentType;      // non-null: sent as Content-Type instead of "application/json"
+    bool dropConnection = false; // close the connection without answering
+    bool truncateBody = false;   // announce the full Content-Length, send half the body, close
+    int times = -1;              // number of requests it applies to; -1: until cleared
+};
+
+class ServicePrivate;
+
+// The local Brevanti service: the token endpoint, bearer-checked routes, request recording and
+// per-route faults, on a real loopback socket.
+class Service : public QObject
+{
+    Q_OBJECT
+public:
+    explicit Service(QObject *parent = nullptr);
+    ~Service() override;
+
+    // Starts listening; port 0 picks a free one. Returns false when the port cannot be bound.
+    bool listen(const QHostAddress &address = QHostAddress::LocalHost, quint16 port = 0);
+    quint16 port() const;
+    QUrl baseUrl() const; // "http://127.0.0.1:PORT", no trailing slash
+
+    void addClient(const QString &id, const QString &secret);
+    void setTokenLifetime(int seconds);  // "expires_in" of tokens issued from now on; default 7200
+    void setClock(const QDateTime &now); // fixed instant for issuing and checking tokens
+    void clearClock();                   // back to the system clock
+    QDateTime now() const;
+
+    // JSON file the service loads at start (when it exists) and rewrites after every change.
+    void setStateFile(const QString &path);
+
+    // method "*" matches every method; path is without query.
+    void setFault(const QByteArray &method, const QString &path, const Fault &fault);
+    void clearFaults();
+
+    QList<RecordedRequest> requests() const;
+    void clearRequests();
+    int connectionCount() const; // TCP connections accepted since start
+
+Q_SIGNALS:
+    void requestRecorded(int index);
+
+private:
+    std::unique_ptr<ServicePrivate> d;
+};
+
+} // namespace bvtsim
