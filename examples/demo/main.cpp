@@ -1,14 +1,15 @@
-// A small host application: it initialises the library, points its network access at the given
-// service, and makes one GET, one POST and one PATCH, printing what each callback receives.
+// A small host application: it initialises the library (which registers the device on the first
+// run), waits for the device identifier, then ties the device to a user and releases it again,
+// printing what each callback receives. The library's own log lines go to standard error.
 #include "loopbackrouter.h"
 
 #include <Brevanti/BVT.h>
-#include <Brevanti/BVTManager.h>
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QJsonDocument>
 #include <QTextStream>
+#include <QTimer>
 
 #include <functional>
 
@@ -21,48 +22,53 @@ QString compact(const QVariant &value)
     return QString::fromUtf8(QJsonDocument::fromVariant(value).toJson(QJsonDocument::Compact));
 }
 
-// Runs the three requests one after the other, then quits.
-void run(const std::shared_ptr<BVTManager> &manager)
+// Prints a call's outcome, then goes on with next.
+BVTSuccessBlock printSuccess(const QString &what, const std::function<void()> &next)
 {
-    using Step = std::function<void(std::function<void()>)>;
-    auto report = [](const QString &what, std::function<void()> next) {
-        return std::make_pair(BVTSuccessBlock([what, next](const QVariant &response) {
-                                  out << what << " succeeded: " << compact(response) << Qt::endl;
-                                  next();
-                              }),
-                              BVTFailureBlock([what, next](const QString &text) {
-                                  out << what
-                                      << " failed: " << (text.isNull() ? "(no answer)" : text)
-                                      << Qt::endl;
-                                  next();
-                              }));
+    return [what, next](const QVariant &response) {
+        out << what << " succeeded: " << compact(response) << Qt::endl;
+        next();
     };
-    const QList<Step> steps{
-            [=](std::function<void()> next) {
-                auto [success, failure] = report("GET /echo", next);
-                manager->getUrl("/echo", {{"greeting", "hello world"}}, success, failure);
-            },
-            [=](std::function<void()> next) {
-                auto [success, failure] = report("POST /echo", next);
-                manager->postUrl("/echo",
-                                 {{"device", BVTParameters{{"os", "ios"}, {"model", "Qt"}}}},
-                                 success, failure);
-            },
-            [=](std::function<void()> next) {
-                auto [success, failure] = report("PATCH /echo", next);
-                manager->patchUrl("/echo", {{"tags", QVariantList{"news", "offers"}}}, success,
-                                  failure);
-            },
+}
+
+BVTFailureBlock printFailure(const QString &what, const std::function<void()> &next)
+{
+    return [what, next](const QString &text) {
+        out << what << " failed: " << (text.isNull() ? QStringLiteral("(no answer)") : text)
+            << Qt::endl;
+        next();
     };
-    auto runFrom = std::make_shared<std::function<void(int)>>();
-    *runFrom = [steps, runFrom](int index) {
-        if (index == steps.size()) {
-            QCoreApplication::quit();
-            return;
-        }
-        steps.at(index)([runFrom, index] { (*runFrom)(index + 1); });
+}
+
+// The registration reports to nobody; a host learns of the identifier by asking for it.
+void whenRegistered(const std::function<void()> &next, int triesLeft = 200)
+{
+    if (!BVT::currentDevice().isNull()) {
+        out << "Device identifier: " << BVT::currentDevice() << Qt::endl;
+        next();
+        return;
+    }
+    if (triesLeft == 0) {
+        out << "The device was not registered." << Qt::endl;
+        QCoreApplication::exit(1);
+        return;
+    }
+    QTimer::singleShot(50, [next, triesLeft] { whenRegistered(next, triesLeft - 1); });
+}
+
+void assignAndUnassign(const QString &user)
+{
+    const auto done = [] {
+        out << "User now: " << (BVT::currentUser().isNull() ? "(none)" : BVT::currentUser())
+            << Qt::endl;
+        QCoreApplication::quit();
     };
-    (*runFrom)(0);
+    const auto unassign = [done] {
+        out << "User now: " << BVT::currentUser() << Qt::endl;
+        BVT::unassignDevice(printSuccess("Unassign", done), printFailure("Unassign", done));
+    };
+    BVT::assignDeviceToUser(user, printSuccess("Assign " + user, unassign),
+                            printFailure("Assign " + user, done));
 }
 
 } // namespace
@@ -70,6 +76,8 @@ void run(const std::shared_ptr<BVTManager> &manager)
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Brevanti"));
+    QCoreApplication::setApplicationName(QStringLiteral("brevanti-demo"));
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Brevanti demo host"));
     parser.addHelpOption();
@@ -81,18 +89,19 @@ int main(int argc, char **argv)
     const QCommandLineOption clientSecret(QStringLiteral("client-secret"),
                                           QStringLiteral("Client secret."),
                                           QStringLiteral("secret"), QStringLiteral("demo-secret"));
-    parser.addOptions({service, clientId, clientSecret});
+    const QCommandLineOption user(QStringLiteral("user"), QStringLiteral("The user to sign in."),
+                                  QStringLiteral("id"), QStringLiteral("demo-user"));
+    parser.addOptions({service, clientId, clientSecret, user});
     parser.process(app);
 
-    auto manager = BVTManager::initWithLaunchOptions({}, parser.value(clientId),
-                                                     parser.value(clientSecret));
     std::unique_ptr<bvtsim::LoopbackRouter> router;
     if (parser.isSet(service)) {
-        router = std::make_unique<bvtsim::LoopbackRouter>(QUrl(manager->origin()),
+        router = std::make_unique<bvtsim::LoopbackRouter>(QUrl(QStringLiteral(BREVANTI_ORIGIN)),
                                                           QUrl(parser.value(service)));
         bvt::setNetworkAccessManager(router.get());
     }
-    run(manager);
+    BVT::initWithLaunchOptions({}, parser.value(clientId), parser.value(clientSecret));
+    whenRegistered([name = parser.value(user)] { assignAndUnassign(name); });
     const int status = app.exec();
     bvt::setNetworkAccessManager(nullptr);
     return status;

@@ -3,7 +3,44 @@
 #include <Brevanti/BVTManager.h>
 #include <Brevanti/BVTTypes.h>
 
+#include <QString>
+#include <QVariantMap>
+
 class QNetworkAccessManager;
+
+// The host application's way into the library. Initialise it once at launch; every other call
+// goes to the one shared manager. Before the first initialisation every call is dropped (its
+// callbacks are never called) and every query answers a null QString.
+class BVT
+{
+public:
+    BVT() = delete;
+
+    // Makes a new shared manager, replacing the one before (whose requests under way still
+    // finish), and starts the device's registration.
+    static void initWithLaunchOptions(const QVariantMap &launchOptions, const QString &clientId,
+                                      const QString &clientSecret);
+
+    static void getUrl(const QString &path, const BVTParameters &parameters,
+                       const BVTSuccessBlock &success, const BVTFailureBlock &failure);
+    static void postUrl(const QString &path, const BVTParameters &parameters,
+                        const BVTSuccessBlock &success, const BVTFailureBlock &failure);
+    static void patchUrl(const QString &path, const BVTParameters &parameters,
+                         const BVTSuccessBlock &success, const BVTFailureBlock &failure);
+
+    static void unassignDevice();
+    static void unassignDevice(const BVTSuccessBlock &success);
+    static void unassignDevice(const BVTSuccessBlock &success, const BVTFailureBlock &failure);
+    static void assignDeviceToUser(const QString &userIdentifier);
+    static void assignDeviceToUser(const QString &userIdentifier, const BVTSuccessBlock &success);
+    static void assignDeviceToUser(const QString &userIdentifier, const BVTSuccessBlock &success,
+                                   const BVTFailureBlock &failure);
+
+    static QString currentDevice();
+    static QString currentUser();
+    static QString currentDeviceToken();
+    static void setCurrentDeviceToken(const QString &token);
+};
 
 namespace bvt {
 
@@ -13,3 +50,12 @@ namespace bvt {
 void setNetworkAccessManager(QNetworkAccessManager *manager);
 
 } // namespace bvt
+
+extern "C" {
+// The machine field of the kernel's system identification (uname), decoded as UTF-8; a null
+// QString when it is not valid UTF-8.
+QString deviceName();
+
+extern const double BrevantiVersionNumber;
+extern const unsigned char BrevantiVersionString[];
+}

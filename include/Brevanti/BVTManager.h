@@ -8,15 +8,16 @@
 
 #include <memory>
 
-// The library's one manager: the client credentials, the service's base URL and the cached access
-// token. Every request to the service is made by it. Use it through the facade BVT; it is created
-// with the static factory initWithLaunchOptions and shared, each request keeping it alive until its
-// callbacks have run.
+// The library's one manager: the client credentials, the service's base URL, the cached access
+// token, the stored device and user identifiers, and the device's registration with the service.
+// Use it through the facade BVT; it is created with the static factory initWithLaunchOptions and
+// shared, each request keeping it alive until its callbacks have run.
 class BVTManager : public std::enable_shared_from_this<BVTManager>
 {
 public:
-    // Builds a manager holding the credentials and the service's base URL. The launch options are
-    // accepted and ignored; the credentials are not checked until the first token request.
+    // Builds a manager holding the credentials and the service's base URL, then starts the device's
+    // registration (initDevice). The launch options are accepted and ignored; the credentials are
+    // not checked until the first token request.
     static std::shared_ptr<BVTManager> initWithLaunchOptions(const QVariantMap &launchOptions,
                                                              const QString &clientId,
                                                              const QString &clientSecret);
@@ -53,6 +54,46 @@ public:
                  const BVTSuccessBlock &success, const BVTFailureBlock &failure);
     void patchUrl(const QString &path, const BVTParameters &parameters,
                   const BVTSuccessBlock &success, const BVTFailureBlock &failure);
+
+    // The identifier store: three strings kept in the application's settings between launches.
+    // The device identifier is written once (a second one is refused and logged); the user
+    // identifier and the device token are overwritten. A number stored reads back as its decimal
+    // text; a null value removes the entry.
+    void setBVTDeviceId(const QVariant &identifier);
+    QString getBVTDeviceId() const;
+    void clearBVTDeviceId();
+    void setBVTUserId(const QVariant &identifier);
+    QString getBVTUserId() const;
+    void clearBVTUserId();
+    void setBVTDeviceToken(const QVariant &token);
+    QString getBVTDeviceToken() const;
+    void clearBVTDeviceToken();
+    QString currentDevice() const;
+    QString currentUser() const;
+    QString currentDeviceToken() const;
+    void setCurrentDeviceToken(const QString &token);
+
+    // {"device": {"os", "os_version", "model", "manufacturer"}}, as the registration sends it.
+    BVTParameters deviceParams() const;
+
+    // Registers the device with the service unless an identifier is stored, and stores the one the
+    // service issues before calling success. With an identifier stored, only a log line is written
+    // and no callback is called.
+    void initDevice();
+    void initDevice(const BVTSuccessBlock &success);
+    void initDevice(const BVTSuccessBlock &success, const BVTFailureBlock &failure);
+
+    // Releases the device from its user; on success the stored user identifier is removed.
+    void unassignDevice();
+    void unassignDevice(const BVTSuccessBlock &success);
+    void unassignDevice(const BVTSuccessBlock &success, const BVTFailureBlock &failure);
+
+    // Ties the device to the host's user; on success the identifier given is stored. A null
+    // identifier throws std::invalid_argument before anything is sent.
+    void assignDeviceToUser(const QString &userIdentifier);
+    void assignDeviceToUser(const QString &userIdentifier, const BVTSuccessBlock &success);
+    void assignDeviceToUser(const QString &userIdentifier, const BVTSuccessBlock &success,
+                            const BVTFailureBlock &failure);
 
 private:
     BVTManager();

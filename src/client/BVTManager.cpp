@@ -21,6 +21,7 @@ std::shared_ptr<BVTManager> BVTManager::initWithLaunchOptions(const QVariantMap 
     manager->m_clientSecret = clientSecret;
     manager->m_origin = bvt::serviceOrigin();
     manager->m_currentUser = QString();
+    manager->initDevice();
     return manager;
 }
 

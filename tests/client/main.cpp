@@ -2,12 +2,19 @@
 #include "tst_formencoding.h"
 #include "tst_requests.h"
 
+#include "platform/userdefaults.h"
+
 #include <QCoreApplication>
+#include <QStandardPaths>
 #include <QTest>
 
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    QStandardPaths::setTestModeEnabled(true);
+    // A device registered before, so that each new manager leaves the service alone.
+    bvt::UserDefaults::standardUserDefaults().setObject(
+            QStringLiteral("registered-device"), QStringLiteral("com.brevanti.ios.BVTDeviceId"));
     int failures = 0;
     {
         TestAccessToken test;

@@ -27,17 +27,20 @@ class tst_Sim : public QObject
     const QDateTime start = QDateTime(QDate(2024, 3, 1), QTime(12, 0), Qt::UTC);
     QByteArray bearer; // issued by init() at the start
     const QByteArray goodGrant = "grant_type=client_credentials&scope=brevanti-sdk";
+    const QByteArray goodDevice = "device[os]=iOS&device[os_version]=17.4&device[model]=iP%2C2"
+                                  "&device[manufacturer]=Apple";
 
     static QJsonObject parse(const QByteArray &b) { return QJsonDocument::fromJson(b).object(); }
     static QByteArray basic(const QString &user) { return "Basic " + user.toLatin1().toBase64(); }
 
-    // Every request is a POST; a null auth sends no Authorization header.
-    Result send(const QByteArray &target, const QByteArray &body = {}, const QByteArray &auth = {})
+    // A null auth sends no Authorization header.
+    Result send(const QByteArray &target, const QByteArray &body = {}, const QByteArray &auth = {},
+                const QByteArray &verb = "POST")
     {
         QNetworkRequest request(QUrl::fromEncoded(service->baseUrl().toEncoded() + target));
         request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded");
         request.setRawHeader("Authorization", auth);
-        std::unique_ptr<QNetworkReply> reply(nam->post(request, body));
+        std::unique_ptr<QNetworkReply> reply(nam->sendCustomRequest(request, verb, body));
         QSignalSpy finished(reply.get(), &QNetworkReply::finished);
         if (!reply->isFinished() && !finished.wait())
             reply->abort();
@@ -158,6 +161,60 @@ private Q_SLOTS:
         if (!fault.body.isNull())
             QCOMPARE(result.body, fault.body);
         QCOMPARE(send("/echo", {}, bearer).status, fault.times == 1 ? 200 : status); // then
+    }
+
+    void devices_data()
+    {
+        QTest::addColumn<QByteArray>("request"); // verb, path, form; UUID: a device of user "u-1"
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("problem"); // the "error", or the "message" of a missing_field
+        QTest::addColumn<QJsonValue>("user"); // afterwards, of the device answered, else of UUID
+        const QByteArray reg = "POST /devices ", as = "PATCH /devices/assign device[uuid]=",
+                         un = "PATCH /devices/unassign device[uuid]=";
+        const QJsonValue u1("u-1"), u2("u 2"), null(QJsonValue::Null);
+        QTest::newRow("register") << reg + goodDevice << 201 << "" << null;
+        QTest::newRow("register, no model") << reg + "device[os]=iOS&device[os_version]=1" << 422
+                                            << "device[model] is missing" << u1;
+        QTest::newRow("assign") << as + "UUID&user[identifier]=u%202" << 200 << "" << u2;
+        QTest::newRow("assign, no user")
+                << as + "UUID&user[identifier]=" << 422 << "user[identifier] is missing" << u1;
+        QTest::newRow("assign, unknown")
+                << as + "gone&user[identifier]=u-2" << 404 << "device_not_found" << u1;
+        QTest::newRow("unassign") << un + "UUID" << 200 << "" << null;
+        QTest::newRow("unassign, no uuid") << un << 422 << "device[uuid] is missing" << u1;
+        QTest::newRow("unassign, unknown") << un + "gone" << 404 << "device_not_found" << u1;
+    }
+    void devices()
+    {
+        QFETCH(QByteArray, request);
+        QFETCH(int, status);
+        QFETCH(QString, problem);
+        QFETCH(QJsonValue, user);
+        QTemporaryDir dir;
+        service->setStateFile(dir.filePath("state.json"));
+        send("/devices", goodDevice, bearer);
+        const QByteArray known = service->deviceIds().value(0).toLatin1();
+        send("/devices/assign", "device[uuid]=" + known + "&user[identifier]=u-1", bearer, "PATCH");
+        const QList<QByteArray> parts = request.replace("UUID", known).split(' ');
+        const Result result = send(parts[1], parts[2], bearer, parts[0]);
+        QCOMPARE(result.status, status);
+        const QJsonObject json = parse(result.body), answered = json["device"].toObject();
+        QCOMPARE(json[json["error"] == "missing_field" ? "message" : "error"].toString(), problem);
+        const QString uuid = status < 300 ? answered["uuid"].toString() : QString(known);
+        QCOMPARE(service->device(uuid).value("user"), user);
+        for (auto it = answered.begin(); it != answered.end(); ++it) // as stored
+            QCOMPARE(service->device(uuid).value(it.key()), it.value());
+        QCOMPARE(service->deviceIds(), QStringList({known, uuid}).mid(0, status == 201 ? 2 : 1));
+        if (status == 201) // the four fields, under a fresh lower-case uuid without braces
+            QCOMPARE(answered,
+                     parse(QString(R"({"manufacturer":"Apple","model":"iP,2","os":"iOS",)"
+                                   R"("os_version":"17.4","uuid":"%1"})")
+                                   .arg(QUuid(uuid).toString(QUuid::WithoutBraces))
+                                   .toUtf8()));
+        Service again; // knows every change from the state file
+        again.setStateFile(dir.filePath("state.json"));
+        QCOMPARE(again.deviceIds(), service->deviceIds());
+        QCOMPARE(again.device(uuid), service->device(uuid));
     }
 
     void connectionNumbering()

@@ -33,7 +33,7 @@ int main(int argc, char *argv[])
             QStringLiteral("ID:SECRET"));
     const QCommandLineOption stateOption(
             QStringLiteral("state"),
-            QStringLiteral("JSON file that keeps issued tokens across runs."),
+            QStringLiteral("JSON file that keeps issued tokens and devices across runs."),
             QStringLiteral("FILE"));
     const QCommandLineOption lifetimeOption(
             QStringLiteral("token-lifetime"),

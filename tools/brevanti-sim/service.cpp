@@ -14,6 +14,7 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
+#include <QUuid>
 
 #include <functional>
 #include <optional>
@@ -158,6 +159,21 @@ bool isFormEncoded(const RecordedRequest &request)
     return mediaType.compare("application/x-www-form-urlencoded", Qt::CaseInsensitive) == 0;
 }
 
+Pairs formOf(const RecordedRequest &request)
+{
+    return isFormEncoded(request) ? decodeForm(request.body) : Pairs();
+}
+
+// The 422 for the first of keys that is absent or empty, or nothing when all are given.
+std::optional<Answer> missingField(const Pairs &form, const QStringList &keys)
+{
+    for (const QString &key : keys) {
+        if (formValue(form, key).isEmpty())
+            return error(422, "missing_field", key + QLatin1String(" is missing"));
+    }
+    return std::nullopt;
+}
+
 QByteArray credentials(const RecordedRequest &request, const QByteArray &scheme)
 {
     const QByteArray authorization = request.header("Authorization");
@@ -236,6 +252,8 @@ public:
 
     Answer issueToken(const RecordedRequest &request);
     Answer echo(const RecordedRequest &request);
+    Answer registerDevice(const RecordedRequest &request);
+    Answer setDeviceUser(const RecordedRequest &request, bool assign);
 
     void loadState();
     void saveState() const;
@@ -248,7 +266,9 @@ public:
     QHash<QString, QString> clients; // id -> secret
     int tokenLifetime = 7200;
     std::optional<QDateTime> clock;
-    QHash<QByteArray, qint64> tokens; // token -> expiry, seconds since the epoch
+    QHash<QByteArray, qint64> tokens;    // token -> expiry, seconds since the epoch
+    QHash<QString, QJsonObject> devices; // uuid -> record, as saved in the state file
+    QStringList deviceOrder;             // uuids in the order they were issued
     QString stateFile;
     QList<FaultEntry> faults;
     QList<RecordedRequest> requests;
@@ -265,6 +285,12 @@ ServicePrivate::ServicePrivate(Service *service)
              [this](const RecordedRequest &r) { return issueToken(r); }},
             {"*", QStringLiteral("/echo"), true,
              [this](const RecordedRequest &r) { return echo(r); }},
+            {"POST", QStringLiteral("/devices"), true,
+             [this](const RecordedRequest &r) { return registerDevice(r); }},
+            {"PATCH", QStringLiteral("/devices/assign"), true,
+             [this](const RecordedRequest &r) { return setDeviceUser(r, true); }},
+            {"PATCH", QStringLiteral("/devices/unassign"), true,
+             [this](const RecordedRequest &r) { return setDeviceUser(r, false); }},
     };
 }
 
@@ -389,12 +415,57 @@ Answer ServicePrivate::issueToken(const RecordedRequest &request)
 
 Answer ServicePrivate::echo(const RecordedRequest &request)
 {
-    const Pairs form = isFormEncoded(request) ? decodeForm(request.body) : Pairs();
+    const Pairs form = formOf(request);
     return {200,
             QJsonDocument(QJsonObject{{"method", QString::fromLatin1(request.method)},
                                       {"path", request.path},
                                       {"query", pairsObject(decodeForm(request.query))},
                                       {"form", pairsObject(form)}})};
+}
+
+Answer ServicePrivate::registerDevice(const RecordedRequest &request)
+{
+    const Pairs form = formOf(request);
+    const QStringList fields{QStringLiteral("os"), QStringLiteral("os_version"),
+                             QStringLiteral("model"), QStringLiteral("manufacturer")};
+    QStringList keys;
+    for (const QString &field : fields)
+        keys.append(QLatin1String("device[") + field + QLatin1Char(']'));
+    if (const auto missing = missingField(form, keys))
+        return *missing;
+
+    QJsonObject answered{{"uuid", QUuid::createUuid().toString(QUuid::WithoutBraces)}};
+    for (qsizetype i = 0; i < fields.size(); ++i)
+        answered.insert(fields.at(i), formValue(form, keys.at(i)));
+    QJsonObject record = answered;
+    record.insert(QLatin1String("user"), QJsonValue::Null);
+    record.insert(QLatin1String("push_token"), QJsonValue::Null);
+    const QString uuid = answered.value(QLatin1String("uuid")).toString();
+    devices.insert(uuid, record);
+    deviceOrder.append(uuid);
+    saveState();
+    return {201, QJsonDocument(QJsonObject{{"device", answered}})};
+}
+
+Answer ServicePrivate::setDeviceUser(const RecordedRequest &request, bool assign)
+{
+    const Pairs form = formOf(request);
+    const QString uuidKey = QStringLiteral("device[uuid]");
+    const QString userKey = QStringLiteral("user[identifier]");
+    if (const auto missing =
+                missingField(form, assign ? QStringList{uuidKey, userKey} : QStringList{uuidKey}))
+        return *missing;
+    const QString uuid = formValue(form, uuidKey);
+    const auto it = devices.find(uuid);
+    if (it == devices.end())
+        return error(404, "device_not_found",
+                     QStringLiteral("No device has the uuid %1.").arg(uuid));
+
+    const QJsonValue user = assign ? QJsonValue(formValue(form, userKey)) : QJsonValue();
+    it->insert(QLatin1String("user"), user);
+    saveState();
+    return {200,
+            QJsonDocument(QJsonObject{{"device", QJsonObject{{"uuid", uuid}, {"user", user}}}})};
 }
 
 void ServicePrivate::loadState()
@@ -409,21 +480,42 @@ void ServicePrivate::loadState()
                          << parseError.errorString();
         return;
     }
-    const QJsonObject saved = document.object().value(QLatin1String("tokens")).toObject();
-    for (auto it = saved.begin(); it != saved.end(); ++it)
+    const QJsonObject state = document.object();
+    const QJsonObject savedTokens = state.value(QLatin1String("tokens")).toObject();
+    for (auto it = savedTokens.begin(); it != savedTokens.end(); ++it)
         tokens.insert(it.key().toLatin1(), it.value().toInteger());
+
+    const QJsonObject savedDevices = state.value(QLatin1String("devices")).toObject();
+    for (auto it = savedDevices.begin(); it != savedDevices.end(); ++it)
+        devices.insert(it.key(), it.value().toObject());
+    // A JSON object keeps no order, so the issue order is saved beside it; devices it does not
+    // list (a file edited by hand) follow in key order.
+    for (const QJsonValue &uuid : state.value(QLatin1String("device_order")).toArray()) {
+        if (devices.contains(uuid.toString()) && !deviceOrder.contains(uuid.toString()))
+            deviceOrder.append(uuid.toString());
+    }
+    for (const QString &uuid : savedDevices.keys()) {
+        if (!deviceOrder.contains(uuid))
+            deviceOrder.append(uuid);
+    }
 }
 
 void ServicePrivate::saveState() const
 {
     if (stateFile.isEmpty())
         return;
-    QJsonObject saved;
+    QJsonObject savedTokens;
     for (auto it = tokens.cbegin(); it != tokens.cend(); ++it)
-        saved.insert(QString::fromLatin1(it.key()), it.value());
+        savedTokens.insert(QString::fromLatin1(it.key()), it.value());
+    QJsonObject savedDevices;
+    for (auto it = devices.cbegin(); it != devices.cend(); ++it)
+        savedDevices.insert(it.key(), it.value());
+    const QJsonObject state{{"tokens", savedTokens},
+                            {"devices", savedDevices},
+                            {"device_order", QJsonArray::fromStringList(deviceOrder)}};
     QSaveFile file(stateFile);
-    if (!file.open(QIODevice::WriteOnly)
-        || file.write(QJsonDocument(QJsonObject{{"tokens", saved}}).toJson()) < 0 || !file.commit())
+    if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(state).toJson()) < 0
+        || !file.commit())
         qCWarning(lcSim) << "cannot write state file" << stateFile << file.errorString();
 }
 
@@ -485,6 +577,16 @@ void Service::setStateFile(const QString &path)
 {
     d->stateFile = path;
     d->loadState();
+}
+
+QJsonObject Service::device(const QString &uuid) const
+{
+    return d->devices.value(uuid);
+}
+
+QStringList Service::deviceIds() const
+{
+    return d->deviceOrder;
 }
 
 void Service::setFault(const QByteArray &method, const QString &path, const Fault &fault)

@@ -3,10 +3,12 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QHostAddress>
+#include <QJsonObject>
 #include <QList>
 #include <QObject>
 #include <QPair>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
 #include <memory>
@@ -63,6 +65,11 @@ public:
 
     // JSON file the service loads at start (when it exists) and rewrites after every change.
     void setStateFile(const QString &path);
+
+    // The registered device with every member ("user" and "push_token" null when unset); an
+    // empty object when the uuid is unknown.
+    QJsonObject device(const QString &uuid) const;
+    QStringList deviceIds() const; // in the order they were issued
 
     // method "*" matches every method; path is without query.
     void setFault(const QByteArray &method, const QString &path, const Fault &fault);

@@ -1,0 +1,100 @@
+#include <Brevanti/BVTManager.h>
+
+#include "client/log.h"
+
+#include <stdexcept>
+
+namespace {
+
+const char notInitialised[] = "You have not fired initWithLaunchOptions yet!";
+
+} // namespace
+
+void BVTManager::initDevice()
+{
+    initDevice(nullptr, nullptr);
+}
+
+void BVTManager::initDevice(const BVTSuccessBlock &success)
+{
+    initDevice(success, nullptr);
+}
+
+void BVTManager::initDevice(const BVTSuccessBlock &success, const BVTFailureBlock &failure)
+{
+    if (!getBVTDeviceId().isNull()) {
+        // Registered already: callers must not wait for a callback here.
+        bvt::log("Initializing device: %@", getBVTDeviceId());
+        return;
+    }
+    postUrl(
+            QStringLiteral("/devices"), deviceParams(),
+            [self = shared_from_this(), success](const QVariant &response) {
+                const QVariant device = response.toMap().value(QStringLiteral("device"));
+                self->setBVTDeviceId(device.toMap().value(QStringLiteral("uuid")));
+                if (success)
+                    success(response);
+            },
+            failure);
+}
+
+void BVTManager::unassignDevice()
+{
+    unassignDevice(nullptr, nullptr);
+}
+
+void BVTManager::unassignDevice(const BVTSuccessBlock &success)
+{
+    unassignDevice(success, nullptr);
+}
+
+void BVTManager::unassignDevice(const BVTSuccessBlock &success, const BVTFailureBlock &failure)
+{
+    if (currentDevice().isNull()) {
+        bvt::log(notInitialised);
+        return;
+    }
+    const BVTParameters parameters{
+            {QStringLiteral("device"), BVTParameters{{QStringLiteral("uuid"), getBVTDeviceId()}}}};
+    patchUrl(
+            QStringLiteral("/devices/unassign"), parameters,
+            [self = shared_from_this(), success](const QVariant &response) {
+                self->clearBVTUserId();
+                if (success)
+                    success(response);
+            },
+            failure);
+}
+
+void BVTManager::assignDeviceToUser(const QString &userIdentifier)
+{
+    assignDeviceToUser(userIdentifier, nullptr, nullptr);
+}
+
+void BVTManager::assignDeviceToUser(const QString &userIdentifier, const BVTSuccessBlock &success)
+{
+    assignDeviceToUser(userIdentifier, success, nullptr);
+}
+
+void BVTManager::assignDeviceToUser(const QString &userIdentifier, const BVTSuccessBlock &success,
+                                    const BVTFailureBlock &failure)
+{
+    if (currentDevice().isNull()) {
+        bvt::log(notInitialised);
+        return;
+    }
+    if (userIdentifier.isNull())
+        throw std::invalid_argument("assignDeviceToUser: the user identifier is nil");
+    const BVTParameters parameters{
+            {QStringLiteral("device"), BVTParameters{{QStringLiteral("uuid"), getBVTDeviceId()}}},
+            {QStringLiteral("user"),
+             BVTParameters{{QStringLiteral("identifier"), userIdentifier}}}};
+    patchUrl(
+            QStringLiteral("/devices/assign"), parameters,
+            [self = shared_from_this(), userIdentifier, success](const QVariant &response) {
+                self->setBVTUserId(userIdentifier);
+                if (success)
+                    success(response);
+            },
+            failure);
+}
