@@ -1,9 +1,13 @@
 // A small host application: it initialises the library (which registers the device on the first
-// run), waits for the device identifier, then ties the device to a user and releases it again,
-// printing what each callback receives. The library's own log lines go to standard error.
+// run), waits for the device identifier, enables push with a token from the stand-in operating
+// system, fetches the preference document, switches one preference off and on, then ties the
+// device to a user and releases it again, printing what each callback receives. The library's own
+// log lines go to standard error.
 #include "loopbackrouter.h"
+#include "standinoperatingsystem.h"
 
 #include <Brevanti/BVT.h>
+#include <Brevanti/BVTNotify.h>
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -56,19 +60,81 @@ void whenRegistered(const std::function<void()> &next, int triesLeft = 200)
     QTimer::singleShot(50, [next, triesLeft] { whenRegistered(next, triesLeft - 1); });
 }
 
-void assignAndUnassign(const QString &user)
+using Step = std::function<void(const std::function<void()> &next)>;
+
+// Runs the steps one after the other, each when the one before has called next; then quits.
+void runSteps(const QList<Step> &steps, int index = 0)
 {
-    const auto done = [] {
-        out << "User now: " << (BVT::currentUser().isNull() ? "(none)" : BVT::currentUser())
-            << Qt::endl;
+    if (index == steps.size()) {
         QCoreApplication::quit();
+        return;
+    }
+    steps.at(index)([steps, index] { runSteps(steps, index + 1); });
+}
+
+// On a phone the operating system hands the host a token after it asked for permission; the host
+// passes it on. With a token stored already, the library only logs it.
+Step enablePush(bvtstandin::StandInOperatingSystem *system)
+{
+    return [system](const std::function<void()> &next) {
+        if (!BVT::currentDeviceToken().isNull()) {
+            BVTNotify::verifyPushEnabled();
+            next();
+            return;
+        }
+        QObject::connect(system, &bvtstandin::StandInOperatingSystem::deviceTokenReceived,
+                         [next](const QByteArray &token) {
+                             BVTNotify::enableDevice(token, printSuccess("Enable push", next),
+                                                     printFailure("Enable push", next));
+                         });
+        BVTNotify::verifyPushEnabled();
     };
-    const auto unassign = [done] {
-        out << "User now: " << BVT::currentUser() << Qt::endl;
-        BVT::unassignDevice(printSuccess("Unassign", done), printFailure("Unassign", done));
+}
+
+// Fetches the document, then switches its first preference off and on again.
+Step switchFirstPreference()
+{
+    return [](const std::function<void()> &next) {
+        BVTNotify::getPreferences(
+                [next](const QVariant &document) {
+                    out << "Preferences: " << compact(document) << Qt::endl;
+                    const QVariantMap category = document.toList().value(0).toMap();
+                    const QVariantMap preference =
+                            category.value("preferences").toList().value(0).toMap();
+                    const QString categoryKey = category.value("key").toString();
+                    const QString preferenceKey = preference.value("key").toString();
+                    if (categoryKey.isEmpty() || preferenceKey.isEmpty()) {
+                        next();
+                        return;
+                    }
+                    const QString name = categoryKey + "/" + preferenceKey;
+                    const auto switchOn = [=] {
+                        BVTNotify::enablePreferenceWithCategory(
+                                categoryKey, preferenceKey, printSuccess("Switch on " + name, next),
+                                printFailure("Switch on " + name, next));
+                    };
+                    BVTNotify::disablePreferenceWithCategory(
+                            categoryKey, preferenceKey,
+                            printSuccess("Switch off " + name, switchOn),
+                            printFailure("Switch off " + name, switchOn));
+                },
+                printFailure("Preferences", next));
     };
-    BVT::assignDeviceToUser(user, printSuccess("Assign " + user, unassign),
-                            printFailure("Assign " + user, done));
+}
+
+Step assign(const QString &user)
+{
+    return [user](const std::function<void()> &next) {
+        BVT::assignDeviceToUser(user, printSuccess("Assign " + user, next),
+                                printFailure("Assign " + user, next));
+    };
+}
+
+Step unassign()
+{
+    return [](const std::function<void()> &next) {
+        BVT::unassignDevice(printSuccess("Unassign", next), printFailure("Unassign", next));
+    };
 }
 
 } // namespace
@@ -100,8 +166,14 @@ int main(int argc, char **argv)
                                                           QUrl(parser.value(service)));
         bvt::setNetworkAccessManager(router.get());
     }
+    bvtstandin::StandInOperatingSystem system;
+    system.setTokenToHandOut(bvtstandin::StandInOperatingSystem::generateToken());
+    system.install();
+
     BVT::initWithLaunchOptions({}, parser.value(clientId), parser.value(clientSecret));
-    whenRegistered([name = parser.value(user)] { assignAndUnassign(name); });
+    const QList<Step> steps{enablePush(&system), switchFirstPreference(),
+                            assign(parser.value(user)), unassign()};
+    whenRegistered([steps] { runSteps(steps); });
     const int status = app.exec();
     bvt::setNetworkAccessManager(nullptr);
     return status;

@@ -1,14 +1,9 @@
 #include <Brevanti/BVTManager.h>
 
 #include "client/log.h"
+#include "deviceguard.h"
 
 #include <stdexcept>
-
-namespace {
-
-const char notInitialised[] = "You have not fired initWithLaunchOptions yet!";
-
-} // namespace
 
 void BVTManager::initDevice()
 {
@@ -50,10 +45,8 @@ void BVTManager::unassignDevice(const BVTSuccessBlock &success)
 
 void BVTManager::unassignDevice(const BVTSuccessBlock &success, const BVTFailureBlock &failure)
 {
-    if (currentDevice().isNull()) {
-        bvt::log(notInitialised);
+    if (!bvt::deviceKnown(currentDevice()))
         return;
-    }
     const BVTParameters parameters{
             {QStringLiteral("device"), BVTParameters{{QStringLiteral("uuid"), getBVTDeviceId()}}}};
     patchUrl(
@@ -79,10 +72,8 @@ void BVTManager::assignDeviceToUser(const QString &userIdentifier, const BVTSucc
 void BVTManager::assignDeviceToUser(const QString &userIdentifier, const BVTSuccessBlock &success,
                                     const BVTFailureBlock &failure)
 {
-    if (currentDevice().isNull()) {
-        bvt::log(notInitialised);
+    if (!bvt::deviceKnown(currentDevice()))
         return;
-    }
     if (userIdentifier.isNull())
         throw std::invalid_argument("assignDeviceToUser: the user identifier is nil");
     const BVTParameters parameters{

@@ -183,6 +183,12 @@ private Q_SLOTS:
         QTest::newRow("unassign") << un + "UUID" << 200 << "" << null;
         QTest::newRow("unassign, no uuid") << un << 422 << "device[uuid] is missing" << u1;
         QTest::newRow("unassign, unknown") << un + "gone" << 404 << "device_not_found" << u1;
+        const QByteArray en = "PATCH /devices/enable device[uuid]=";
+        QTest::newRow("enable") << en + "UUID&device[token]=t%2B1" << 200 << "" << u1;
+        QTest::newRow("enable, empty token") << en + "UUID&device[token]=" << 200 << "" << u1;
+        QTest::newRow("enable, no token") << en + "UUID" << 422 << "device[token] is missing" << u1;
+        QTest::newRow("enable, unknown")
+                << en + "gone&device[token]=" << 404 << "device_not_found" << u1;
     }
     void devices()
     {
@@ -204,6 +210,8 @@ private Q_SLOTS:
         QCOMPARE(service->device(uuid).value("user"), user);
         for (auto it = answered.begin(); it != answered.end(); ++it) // as stored
             QCOMPARE(service->device(uuid).value(it.key()), it.value());
+        if (answered.contains("push_token")) // decoded as sent, even when empty
+            QCOMPARE(answered["push_token"], QUrl::fromPercentEncoding(parts[2].split('=').last()));
         QCOMPARE(service->deviceIds(), QStringList({known, uuid}).mid(0, status == 201 ? 2 : 1));
         if (status == 201) // the four fields, under a fresh lower-case uuid without braces
             QCOMPARE(answered,
@@ -215,6 +223,68 @@ private Q_SLOTS:
         again.setStateFile(dir.filePath("state.json"));
         QCOMPARE(again.deviceIds(), service->deviceIds());
         QCOMPARE(again.device(uuid), service->device(uuid));
+    }
+
+    void preferences_data()
+    {
+        QTest::addColumn<QByteArray>("requests"); // in turn, the last answering; UUID: the device
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("problem"); // the "error", or the "message" of a missing_field
+        QTest::addColumn<bool>("enabled");    // "breaking", in the device's document afterwards
+        const QByteArray off = "PATCH /preferences/disable category=news&preference=breaking&",
+                         on = "PATCH /preferences/enable category=news&preference=breaking&",
+                         as = "PATCH /devices/assign device[uuid]=UUID&user[identifier]=u-1\n",
+                         d = "device[uuid]=UUID", u = "user[identifier]=u-1";
+        QTest::newRow("device off") << off + d << 200 << "" << false;
+        QTest::newRow("device off, user on") << off + d + "\n" + as + on + u << 200 << "" << true;
+        QTest::newRow("user off") << as + off + u << 200 << "" << false;
+        QTest::newRow("user off, unassigned")
+                << as + "PATCH /devices/unassign " + d + "\n" + off + u << 200 << "" << true;
+        QTest::newRow("no category") << QByteArray(off).replace("category=news&", "") + d << 422
+                                     << "category is missing" << true;
+        QTest::newRow("other category's") << QByteArray(off).replace("news", "offers") + d << 404
+                                          << "preference_not_found" << true;
+        QTest::newRow("no addressee") << off << 422 << "device[uuid] is missing" << true;
+        QTest::newRow("both") << as + off + d + "&" + u << 422 << "ambiguous_addressee" << true;
+        QTest::newRow("unknown user") << off + u << 404 << "user_not_found" << true;
+        QTest::newRow("get, no uuid")
+                << QByteArray("GET /preferences") << 422 << "device[uuid] is missing" << true;
+    }
+    void preferences()
+    {
+        QFETCH(QByteArray, requests);
+        QFETCH(int, status);
+        QFETCH(QString, problem);
+        QFETCH(bool, enabled);
+        const QString shape = R"([{"key":"offers","preferences":[]},{"key":"news","preferences":)"
+                              R"([{"enabled":%1,"key":"breaking"},{"enabled":false,"key":"x"}]}])";
+        QJsonArray doc[2]; // with "breaking" disabled, enabled
+        for (const bool on : {false, true})
+            doc[on] = QJsonDocument::fromJson(shape.arg(on ? "true" : "false").toUtf8()).array();
+        QVERIFY(!service->catalogue().isEmpty() && service->setCatalogue(doc[true])); // built in
+        QTemporaryDir dir;
+        service->setStateFile(dir.filePath("state.json"));
+        send("/devices", goodDevice, bearer);
+        const QByteArray uuid = service->deviceIds().value(0).toLatin1();
+        QList<QByteArray> parts;
+        Result result;
+        for (const QByteArray &line : requests.replace("UUID", uuid).split('\n')) {
+            parts = line.split(' ');
+            result = send(parts[1], parts.value(2), bearer, parts[0]);
+        }
+        QCOMPARE(result.status, status);
+        const QJsonObject json = parse(result.body);
+        QCOMPARE(json[json["error"] == "missing_field" ? "message" : "error"].toString(), problem);
+        if (status == 200 && parts[1].startsWith("/preferences/"))
+            QCOMPARE(json,
+                     parse(R"({"category":"news","preference":"breaking","enabled":)"
+                           + QByteArray(parts[1].endsWith("/enable") ? "true}" : "false}")));
+        const Result got = send("/preferences?device[uuid]=" + uuid, {}, bearer, "GET");
+        QCOMPARE(QJsonDocument::fromJson(got.body).array(), doc[enabled]);
+        Service again; // the states come back from the state file
+        again.setStateFile(dir.filePath("state.json"));
+        QVERIFY(again.setCatalogue(doc[true]));
+        QCOMPARE(again.preferenceDocument(uuid), doc[enabled]);
     }
 
     void connectionNumbering()

@@ -2,6 +2,9 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QTextStream>
 
 #include <cstdlib>
@@ -41,7 +44,13 @@ int main(int argc, char *argv[])
     const QCommandLineOption hostOption(QStringLiteral("host"),
                                         QStringLiteral("Address to listen on (default 127.0.0.1)."),
                                         QStringLiteral("ADDRESS"), QStringLiteral("127.0.0.1"));
-    parser.addOptions({portOption, clientOption, stateOption, lifetimeOption, hostOption});
+    const QCommandLineOption catalogueOption(
+            QStringLiteral("catalogue"),
+            QStringLiteral("JSON array of preference categories served instead of the built-in "
+                           "one."),
+            QStringLiteral("FILE"));
+    parser.addOptions(
+            {portOption, clientOption, stateOption, lifetimeOption, hostOption, catalogueOption});
     parser.process(app);
 
     bool ok = false;
@@ -70,6 +79,21 @@ int main(int argc, char *argv[])
     }
     if (parser.isSet(stateOption))
         service.setStateFile(parser.value(stateOption));
+    if (parser.isSet(catalogueOption)) {
+        QFile file(parser.value(catalogueOption));
+        if (!file.open(QIODevice::ReadOnly))
+            fail(QStringLiteral("cannot read %1: %2").arg(file.fileName(), file.errorString()));
+        QJsonParseError parseError;
+        const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &parseError);
+        if (parseError.error != QJsonParseError::NoError)
+            fail(QStringLiteral("%1 is not JSON: %2")
+                         .arg(file.fileName(), parseError.errorString()));
+        if (!document.isArray() || !service.setCatalogue(document.array()))
+            fail(QStringLiteral("%1 is not a catalogue: an array of categories, each with a "
+                                "unique \"key\" and a \"preferences\" array of uniquely keyed "
+                                "objects")
+                         .arg(file.fileName()));
+    }
 
     if (!service.listen(host, quint16(port)))
         fail(QStringLiteral("cannot listen on %1 port %2").arg(host.toString()).arg(port));

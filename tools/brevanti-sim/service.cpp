@@ -11,11 +11,13 @@
 #include <QPointer>
 #include <QRandomGenerator>
 #include <QSaveFile>
+#include <QSet>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
 #include <QUuid>
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 
@@ -57,6 +59,45 @@ Answer error(int status, const char *code, const QString &message)
 {
     return {status,
             QJsonDocument(QJsonObject{{"error", QLatin1String(code)}, {"message", message}})};
+}
+
+Answer deviceNotFound(const QString &uuid)
+{
+    return error(404, "device_not_found", QStringLiteral("No device has the uuid %1.").arg(uuid));
+}
+
+// Keys of the saved preference states: a device and a user may share an identifier.
+QString deviceAddressee(const QString &uuid)
+{
+    return QLatin1String("device:") + uuid;
+}
+
+QString userAddressee(const QString &identifier)
+{
+    return QLatin1String("user:") + identifier;
+}
+
+// The member of objects whose "key" is key; an empty object when none is.
+QJsonObject withKey(const QJsonArray &objects, const QString &key)
+{
+    for (const QJsonValue &value : objects) {
+        if (value.toObject().value(QLatin1String("key")) == key)
+            return value.toObject();
+    }
+    return QJsonObject();
+}
+
+// Categories and preferences are addressed by key, so each must have one of its own.
+bool uniqueKeys(const QJsonArray &objects)
+{
+    QSet<QString> keys;
+    for (const QJsonValue &value : objects) {
+        const QString key = value.toObject().value(QLatin1String("key")).toString();
+        if (key.isEmpty() || keys.contains(key))
+            return false;
+        keys.insert(key);
+    }
+    return true;
 }
 
 // Numbers connections in the order they are accepted, before the HTTP layer sees them.
@@ -132,6 +173,12 @@ QString formValue(const Pairs &pairs, const QString &key)
             return pair.second;
     }
     return QString();
+}
+
+bool hasField(const Pairs &pairs, const QString &key)
+{
+    return std::any_of(pairs.cbegin(), pairs.cend(),
+                       [&key](const auto &pair) { return pair.first == key; });
 }
 
 // A key seen once maps to its value, a repeated key to the array of its values in order.
@@ -254,6 +301,11 @@ public:
     Answer echo(const RecordedRequest &request);
     Answer registerDevice(const RecordedRequest &request);
     Answer setDeviceUser(const RecordedRequest &request, bool assign);
+    Answer setPushToken(const RecordedRequest &request);
+    Answer devicePreferences(const RecordedRequest &request);
+    Answer setPreference(const RecordedRequest &request, bool enabled);
+
+    QJsonArray preferenceDocument(const QString &uuid) const;
 
     void loadState();
     void saveState() const;
@@ -269,6 +321,10 @@ public:
     QHash<QByteArray, qint64> tokens;    // token -> expiry, seconds since the epoch
     QHash<QString, QJsonObject> devices; // uuid -> record, as saved in the state file
     QStringList deviceOrder;             // uuids in the order they were issued
+    QStringList users;                   // every user a device was ever assigned to
+    QJsonArray catalogue;
+    // addressee ("device:<uuid>", "user:<identifier>") -> category key -> preference key -> bool
+    QJsonObject preferences;
     QString stateFile;
     QList<FaultEntry> faults;
     QList<RecordedRequest> requests;
@@ -291,7 +347,19 @@ ServicePrivate::ServicePrivate(Service *service)
              [this](const RecordedRequest &r) { return setDeviceUser(r, true); }},
             {"PATCH", QStringLiteral("/devices/unassign"), true,
              [this](const RecordedRequest &r) { return setDeviceUser(r, false); }},
+            {"PATCH", QStringLiteral("/devices/enable"), true,
+             [this](const RecordedRequest &r) { return setPushToken(r); }},
+            {"GET", QStringLiteral("/preferences"), true,
+             [this](const RecordedRequest &r) { return devicePreferences(r); }},
+            {"PATCH", QStringLiteral("/preferences/enable"), true,
+             [this](const RecordedRequest &r) { return setPreference(r, true); }},
+            {"PATCH", QStringLiteral("/preferences/disable"), true,
+             [this](const RecordedRequest &r) { return setPreference(r, false); }},
     };
+
+    QFile defaults(QStringLiteral(":/brevanti-sim/catalogue.json"));
+    if (defaults.open(QIODevice::ReadOnly))
+        catalogue = QJsonDocument::fromJson(defaults.readAll()).array();
 }
 
 void ServicePrivate::handle(const QHttpServerRequest &request, QTcpSocket *socket)
@@ -458,14 +526,124 @@ Answer ServicePrivate::setDeviceUser(const RecordedRequest &request, bool assign
     const QString uuid = formValue(form, uuidKey);
     const auto it = devices.find(uuid);
     if (it == devices.end())
-        return error(404, "device_not_found",
-                     QStringLiteral("No device has the uuid %1.").arg(uuid));
+        return deviceNotFound(uuid);
 
     const QJsonValue user = assign ? QJsonValue(formValue(form, userKey)) : QJsonValue();
     it->insert(QLatin1String("user"), user);
+    if (assign && !users.contains(user.toString()))
+        users.append(user.toString());
     saveState();
     return {200,
             QJsonDocument(QJsonObject{{"device", QJsonObject{{"uuid", uuid}, {"user", user}}}})};
+}
+
+Answer ServicePrivate::setPushToken(const RecordedRequest &request)
+{
+    const Pairs form = formOf(request);
+    const QString uuidKey = QStringLiteral("device[uuid]");
+    const QString tokenKey = QStringLiteral("device[token]");
+    if (const auto missing = missingField(form, {uuidKey}))
+        return *missing;
+    // Only an absent token is missing: a client sends an empty one when the platform has none.
+    if (!hasField(form, tokenKey))
+        return error(422, "missing_field", tokenKey + QLatin1String(" is missing"));
+    const QString uuid = formValue(form, uuidKey);
+    const auto it = devices.find(uuid);
+    if (it == devices.end())
+        return deviceNotFound(uuid);
+
+    const QString token = formValue(form, tokenKey);
+    it->insert(QLatin1String("push_token"), token);
+    saveState();
+    return {200,
+            QJsonDocument(
+                    QJsonObject{{"device", QJsonObject{{"uuid", uuid}, {"push_token", token}}}})};
+}
+
+Answer ServicePrivate::devicePreferences(const RecordedRequest &request)
+{
+    const Pairs query = decodeForm(request.query);
+    const QString uuidKey = QStringLiteral("device[uuid]");
+    if (const auto missing = missingField(query, {uuidKey}))
+        return *missing;
+    const QString uuid = formValue(query, uuidKey);
+    if (!devices.contains(uuid))
+        return deviceNotFound(uuid);
+    return {200, QJsonDocument(preferenceDocument(uuid))};
+}
+
+Answer ServicePrivate::setPreference(const RecordedRequest &request, bool enabled)
+{
+    const Pairs form = formOf(request);
+    const QString uuidKey = QStringLiteral("device[uuid]");
+    const QString category = formValue(form, QStringLiteral("category"));
+    const QString preference = formValue(form, QStringLiteral("preference"));
+    const QString uuid = formValue(form, uuidKey);
+    const QString user = formValue(form, QStringLiteral("user[identifier]"));
+    if (const auto missing =
+                missingField(form, {QStringLiteral("category"), QStringLiteral("preference")}))
+        return *missing;
+    if (!uuid.isEmpty() && !user.isEmpty())
+        return error(422, "ambiguous_addressee",
+                     QStringLiteral("Give device[uuid] or user[identifier], not both."));
+    // Without a user the device is the addressee, so its uuid is what is reported missing.
+    if (user.isEmpty()) {
+        if (const auto missing = missingField(form, {uuidKey}))
+            return *missing;
+        if (!devices.contains(uuid))
+            return deviceNotFound(uuid);
+    } else if (!users.contains(user)) {
+        return error(404, "user_not_found",
+                     QStringLiteral("No device was ever assigned to the user %1.").arg(user));
+    }
+    const QJsonObject entry = withKey(catalogue, category);
+    if (withKey(entry.value(QLatin1String("preferences")).toArray(), preference).isEmpty())
+        return error(404, "preference_not_found",
+                     QStringLiteral("The catalogue has no preference %1 in the category %2.")
+                             .arg(preference, category));
+
+    const QString addressee = user.isEmpty() ? deviceAddressee(uuid) : userAddressee(user);
+    QJsonObject states = preferences.value(addressee).toObject();
+    QJsonObject categoryStates = states.value(category).toObject();
+    categoryStates.insert(preference, enabled);
+    states.insert(category, categoryStates);
+    preferences.insert(addressee, states);
+    saveState();
+    return {200,
+            QJsonDocument(QJsonObject{
+                    {"category", category}, {"preference", preference}, {"enabled", enabled}})};
+}
+
+QJsonArray ServicePrivate::preferenceDocument(const QString &uuid) const
+{
+    const auto device = devices.constFind(uuid);
+    if (device == devices.cend())
+        return QJsonArray();
+    // An assigned user's states replace the device's own, which come back on unassign.
+    const QJsonValue user = device->value(QLatin1String("user"));
+    const QJsonObject states =
+            preferences
+                    .value(user.isString() ? userAddressee(user.toString()) : deviceAddressee(uuid))
+                    .toObject();
+    QJsonArray document;
+    for (const QJsonValue &categoryValue : catalogue) {
+        QJsonObject category = categoryValue.toObject();
+        const QJsonObject categoryStates =
+                states.value(category.value(QLatin1String("key")).toString()).toObject();
+        QJsonArray entries;
+        for (const QJsonValue &entryValue :
+             category.value(QLatin1String("preferences")).toArray()) {
+            QJsonObject entry = entryValue.toObject();
+            const QJsonValue state =
+                    categoryStates.value(entry.value(QLatin1String("key")).toString());
+            if (state.isBool())
+                entry.insert(QLatin1String("enabled"), state);
+            entries.append(entry);
+        }
+        category.insert(QLatin1String("preferences"), entries);
+        document.append(category);
+    }
+    return document;
 }
 
 void ServicePrivate::loadState()
@@ -498,6 +676,16 @@ void ServicePrivate::loadState()
         if (!deviceOrder.contains(uuid))
             deviceOrder.append(uuid);
     }
+
+    for (const QJsonValue &user : state.value(QLatin1String("users")).toArray())
+        users.append(user.toString());
+    // Files written before users were saved still name them in the device records.
+    for (const QJsonObject &device : std::as_const(devices)) {
+        const QJsonValue user = device.value(QLatin1String("user"));
+        if (user.isString() && !users.contains(user.toString()))
+            users.append(user.toString());
+    }
+    preferences = state.value(QLatin1String("preferences")).toObject();
 }
 
 void ServicePrivate::saveState() const
@@ -512,7 +700,9 @@ void ServicePrivate::saveState() const
         savedDevices.insert(it.key(), it.value());
     const QJsonObject state{{"tokens", savedTokens},
                             {"devices", savedDevices},
-                            {"device_order", QJsonArray::fromStringList(deviceOrder)}};
+                            {"device_order", QJsonArray::fromStringList(deviceOrder)},
+                            {"users", QJsonArray::fromStringList(users)},
+                            {"preferences", preferences}};
     QSaveFile file(stateFile);
     if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(state).toJson()) < 0
         || !file.commit())
@@ -587,6 +777,29 @@ QJsonObject Service::device(const QString &uuid) const
 QStringList Service::deviceIds() const
 {
     return d->deviceOrder;
+}
+
+bool Service::setCatalogue(const QJsonArray &catalogue)
+{
+    if (!uniqueKeys(catalogue))
+        return false;
+    for (const QJsonValue &category : catalogue) {
+        const QJsonValue entries = category.toObject().value(QLatin1String("preferences"));
+        if (!entries.isArray() || !uniqueKeys(entries.toArray()))
+            return false;
+    }
+    d->catalogue = catalogue;
+    return true;
+}
+
+QJsonArray Service::catalogue() const
+{
+    return d->catalogue;
+}
+
+QJsonArray Service::preferenceDocument(const QString &deviceUuid) const
+{
+    return d->preferenceDocument(deviceUuid);
 }
 
 void Service::setFault(const QByteArray &method, const QString &path, const Fault &fault)

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QHostAddress>
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
 #include <QObject>
@@ -70,6 +71,16 @@ public:
     // empty object when the uuid is unknown.
     QJsonObject device(const QString &uuid) const;
     QStringList deviceIds() const; // in the order they were issued
+
+    // Categories of preferences, each {"name", "key", "preferences": [{"name", "key", "enabled"}]}
+    // with "enabled" the default state. Members other than the keys and "preferences" are served
+    // as given, so odd documents can be served. Returns false, keeping the current catalogue, when
+    // a key is not a non-empty string unique among its siblings or "preferences" is no array.
+    bool setCatalogue(const QJsonArray &catalogue);
+    QJsonArray catalogue() const;
+    // What GET /preferences answers for the device: the catalogue with the states stored for its
+    // user, or for the device while it has none; an empty array when the uuid is unknown.
+    QJsonArray preferenceDocument(const QString &deviceUuid) const;
 
     // method "*" matches every method; path is without query.
     void setFault(const QByteArray &method, const QString &path, const Fault &fault);

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <Brevanti/BVTTypes.h>
+
+#include <QString>
+#include <QVariant>
+
+// Push permission, the device token, and the user's notification preferences. Every operation
+// that talks to the service first needs the device identifier; while none is known it only writes
+// "You have not fired initWithLaunchOptions yet!" to the log.
+class BVTNotify
+{
+public:
+    BVTNotify() = delete;
+
+    // The token as the service receives it: a QString comes back unchanged; anything else (the
+    // QByteArray the operating system delivers, usually) is read as bytes and written as
+    // upper-case hexadecimal, two digits a byte. An invalid QVariant gives "".
+    static QString stringWithDeviceToken(const QVariant &deviceToken);
+
+    // Registers the token with the service for this device; once the service accepts it, it is
+    // stored (BVT::currentDeviceToken) and then success is called.
+    static void enableDevice(const QVariant &deviceToken);
+    static void enableDevice(const QVariant &deviceToken, const BVTSuccessBlock &success);
+    static void enableDevice(const QVariant &deviceToken, const BVTSuccessBlock &success,
+                             const BVTFailureBlock &failure);
+
+    // With a stored token only logs it; without one asks for push permission. Sends nothing, and
+    // the callbacks are never called.
+    static void verifyPushEnabled();
+    static void verifyPushEnabled(const BVTSuccessBlock &success);
+    static void verifyPushEnabled(const BVTSuccessBlock &success, const BVTFailureBlock &failure);
+
+    // Asks the operating system (through bvt::Application) for badge, sound and alert permission
+    // and for a device token.
+    static void requestPushPermissions();
+
+    // The preference document: an array of categories {"name", "key", "preferences": [{"name",
+    // "key", "enabled"}]}, handed to success as decoded.
+    static void getPreferences(const BVTSuccessBlock &success);
+    static void getPreferences(const BVTSuccessBlock &success, const BVTFailureBlock &failure);
+
+    // Switch one preference for the user when one is assigned, else for the device; each is
+    // followed at once by verifyPushEnabled. A null key throws std::invalid_argument before
+    // anything is sent.
+    static void enablePreferenceWithCategory(const QString &category, const QString &preference);
+    static void enablePreferenceWithCategory(const QString &category, const QString &preference,
+                                             const BVTSuccessBlock &success);
+    static void enablePreferenceWithCategory(const QString &category, const QString &preference,
+                                             const BVTSuccessBlock &success,
+                                             const BVTFailureBlock &failure);
+    static void disablePreferenceWithCategory(const QString &category, const QString &preference);
+    static void disablePreferenceWithCategory(const QString &category, const QString &preference,
+                                              const BVTSuccessBlock &success);
+    static void disablePreferenceWithCategory(const QString &category, const QString &preference,
+                                              const BVTSuccessBlock &success,
+                                              const BVTFailureBlock &failure);
+
+private:
+    static void switchPreference(const QString &path, const QString &category,
+                                 const QString &preference, const BVTSuccessBlock &success,
+                                 const BVTFailureBlock &failure);
+};
