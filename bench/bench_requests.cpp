@@ -16,6 +16,7 @@
 #include <QEventLoop>
 #include <QJsonDocument>
 #include <QNetworkReply>
+#include <QStandardPaths>
 #include <QThread>
 
 #include <algorithm>
@@ -163,6 +164,9 @@ int connectionsFor(ServiceThread &service, int total, int inFlight)
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    // Each manager registers the device on its first run; keep that out of the user's settings.
+    QCoreApplication::setOrganizationName(QStringLiteral("BrevantiBench"));
+    QStandardPaths::setTestModeEnabled(true);
     ServiceThread service;
     qInstallMessageHandler(quiet); // the library's log lines would time the terminal
 

@@ -15,10 +15,6 @@ struct TokenResponse
     QDateTime expires; // "created_at" + "expires_in" seconds after the epoch, in UTC
 
     static TokenResponse read(const QVariant &answer);
-
-    // A member read as a 32-bit signed integer: numbers are cut to whole numbers, numeric text is
-    // read up to its first non-digit, both clamped to the 32-bit range; anything else is 0.
-    static qint32 readInt32(const QVariant &value);
 };
 
 } // namespace bvt

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <Brevanti/Switch.h>
+
+#include <QString>
+
+// The switch of one preference row: it remembers which preference it stands for.
+class BVTNotifySwitch : public bvt::Switch
+{
+    Q_OBJECT
+public:
+    explicit BVTNotifySwitch(QWidget *parent = nullptr);
+
+    QString category() const; // the "key" of the row's category
+    void setCategory(const QString &category);
+    QString preference() const; // the "key" of the row's preference
+    void setPreference(const QString &preference);
+
+private:
+    QString m_category;
+    QString m_preference;
+};

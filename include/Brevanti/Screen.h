@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QObject>
+#include <QRect>
+#include <QSize>
+
+namespace bvt {
+
+enum class InterfaceOrientation { Portrait, Landscape };
+
+// The phone's screen. On a phone its bounds are the primary screen's; on a desktop, in the demo and
+// in tests a phone size is set (375 x 667 in portrait; swapping width and height turns it).
+class Screen : public QObject
+{
+    Q_OBJECT
+public:
+    static Screen &mainScreen();
+
+    QRect bounds() const;                     // origin (0, 0)
+    void setPhoneSize(const QSize &size);     // an empty size goes back to the primary screen's
+    InterfaceOrientation orientation() const; // landscape when wider than high
+
+    static InterfaceOrientation orientationOf(const QSize &size);
+
+Q_SIGNALS:
+    void boundsChanged(const QRect &bounds);
+
+private:
+    QSize m_phoneSize;
+};
+
+} // namespace bvt
