@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QPointer>
 #include <QVariant>
 
 namespace bvt {
+
+class Window;
 
 // Kinds of notification the application asks the user to allow; combine them with "|".
 enum UserNotificationType {
@@ -48,8 +51,13 @@ public:
     void registerUserNotificationSettings(const UserNotificationSettings &settings);
     void registerForRemoteNotifications();
 
+    // The window the user sees; Window::show makes itself the key window.
+    Window *keyWindow() const;
+    void setKeyWindow(Window *window);
+
 private:
     PushRegistrationHandler *m_pushHandler = nullptr;
+    QPointer<Window> m_keyWindow;
 };
 
 } // namespace bvt

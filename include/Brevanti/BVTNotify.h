@@ -2,8 +2,15 @@
 
 #include <Brevanti/BVTTypes.h>
 
+#include <QColor>
+#include <QPixmap>
 #include <QString>
 #include <QVariant>
+
+namespace bvt {
+class NavigationController;
+class ViewController;
+} // namespace bvt
 
 // Push permission, the device token, and the user's notification preferences. Every operation
 // that talks to the service first needs the device identifier; while none is known it only writes
@@ -55,6 +62,34 @@ public:
     static void disablePreferenceWithCategory(const QString &category, const QString &preference,
                                               const BVTSuccessBlock &success,
                                               const BVTFailureBlock &failure);
+
+    // Shows the permission popup in the top controller, unless a device token is stored already
+    // ("You have already accepted push notifications!"). The shorter forms take the defaults for
+    // what they lack; a value given explicitly is used as it is, also when it is nil (an invalid
+    // QColor, a null QPixmap or a null QString), which shows as empty.
+    static void requestCustomPreferences();
+    static void requestCustomPreferencesWithColor(const QColor &color);
+    static void requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon);
+    static void requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon,
+                                                  const QString &header);
+    static void requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon,
+                                                  const QString &header, const QString &subHeader);
+
+    static QColor defaultNotificationColor(); // (0.23, 0.36, 0.59, 1.0)
+    // "bvt-alert-icon-default.png" from the host's resources (":/"), else beside the executable;
+    // a null pixmap when the host carries none.
+    static QPixmap defaultNotificationIcon();
+    static QString defaultNotificationHeader();
+    static QString defaultNotificationSubHeader();
+
+    // Pushes a full-screen preferences screen onto the host's navigation stack, animated.
+    static void openPreferencesWithNavigationController(bvt::NavigationController *navigation);
+
+    // The controller on top of the key window's hierarchy (or of the given controller's): down
+    // navigation stacks and selected tabs. Beware: a plain controller that presents another one
+    // makes the walk recurse without end, as it always has.
+    static bvt::ViewController *topViewController();
+    static bvt::ViewController *topViewController(bvt::ViewController *controller);
 
 private:
     static void switchPreference(const QString &path, const QString &category,

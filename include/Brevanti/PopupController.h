@@ -52,7 +52,9 @@ public:
     bool isNavigationBarHidden() const;
 
     QWidget *backgroundView() const; // covers the presenting view; black at alpha 0.5 by default
-    QWidget *containerView() const;  // the card
+    void setBackgroundView(QWidget *view);                    // before presenting; takes ownership
+    ViewController *popViewControllerAnimated(bool animated); // nullptr for the root; caller owns
+    QWidget *containerView() const;                           // the card
     PopupNavigationBar *navigationBar() const;
     double cornerRadius() const;
     void setCornerRadius(double radius);

@@ -1,4 +1,5 @@
 #include <Brevanti/Application.h>
+#include <Brevanti/NavigationController.h>
 
 #include <QLoggingCategory>
 
@@ -36,6 +37,16 @@ void Application::registerForRemoteNotifications()
         m_pushHandler->registerForRemoteNotifications();
     else
         qCWarning(lcPlatform) << "no push registration handler: remote registration dropped";
+}
+
+Window *Application::keyWindow() const
+{
+    return m_keyWindow;
+}
+
+void Application::setKeyWindow(Window *window)
+{
+    m_keyWindow = window;
 }
 
 } // namespace bvt

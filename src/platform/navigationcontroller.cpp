@@ -1,3 +1,4 @@
+#include <Brevanti/Application.h>
 #include <Brevanti/NavigationController.h>
 
 #include <QAction>
@@ -142,6 +143,9 @@ void NavigationController::pushViewController(ViewController *controller, bool a
         if (m_bar && topViewController() == controller)
             m_bar->setItem(controller->navigationItem());
     });
+    // A controller deleted while on the stack leaves it, so the stack never holds a dangling one.
+    connect(controller, &QObject::destroyed, this,
+            [this, controller] { m_controllers.removeOne(controller); });
     // Before the view exists, loadView puts every controller's view in the stack.
     if (isViewLoaded()) {
         m_stack->addWidget(controller->view());
@@ -155,7 +159,7 @@ ViewController *NavigationController::popViewControllerAnimated(bool animated)
         return nullptr;
     ViewController *popped = m_controllers.takeLast();
     popped->m_navigationController = nullptr;
-    disconnect(popped, &ViewController::titleChanged, this, nullptr);
+    disconnect(popped, nullptr, this, nullptr);
     if (m_stack && popped->m_view) {
         m_stack->removeWidget(popped->m_view);
         popped->m_view->hide();
@@ -256,6 +260,7 @@ QWidget *Window::widget() const
 
 void Window::show()
 {
+    Application::sharedApplication().setKeyWindow(this);
     if (m_root)
         m_root->viewWillAppear(false);
     m_widget->show();

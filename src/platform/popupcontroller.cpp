@@ -105,12 +105,17 @@ void PopupController::presentInViewController(ViewController *presenting)
     m_presenting = presenting;
     QWidget *window = presenting->view()->window();
 
-    m_background = new QWidget(window);
-    // Kept in the palette so that a caller can change the dimming colour.
-    QPalette palette = m_background->palette();
-    palette.setColor(QPalette::Window, QColor::fromRgbF(0, 0, 0, 0.5f));
-    m_background->setPalette(palette);
-    m_background->setAutoFillBackground(true);
+    if (!m_background) {
+        m_background = new QWidget;
+        // Kept in the palette so that a caller can change the dimming colour.
+        QPalette palette = m_background->palette();
+        palette.setColor(QPalette::Window, QColor::fromRgbF(0, 0, 0, 0.5f));
+        m_background->setPalette(palette);
+        m_background->setAutoFillBackground(true);
+    }
+    const QRect frame = m_background->geometry();
+    m_background->setParent(window);
+    m_background->setGeometry(frame);
 
     m_container = new PopupCard(m_cornerRadius, window);
     m_bar = new PopupNavigationBar(m_container);
@@ -255,6 +260,32 @@ void PopupController::showTop(bool animated)
     view->show();
     if (presented)
         top->viewDidAppear(animated);
+}
+
+void PopupController::setBackgroundView(QWidget *view)
+{
+    if (m_container || !view)
+        return; // the background of a card on screen stays
+    delete m_background;
+    m_background = view;
+    connect(this, &QObject::destroyed, view, &QObject::deleteLater); // when never presented
+}
+
+ViewController *PopupController::popViewControllerAnimated(bool animated)
+{
+    if (m_controllers.size() < 2)
+        return nullptr;
+    ViewController *popped = m_controllers.takeLast();
+    disconnect(popped, nullptr, this, nullptr);
+    popped->m_popupController = nullptr;
+    if (popped->m_view) {
+        popped->m_view->hide();
+        popped->m_view->setParent(nullptr);
+    }
+    popped->setParent(nullptr);
+    if (m_container)
+        showTop(animated);
+    return popped;
 }
 
 } // namespace bvt

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <Brevanti/ViewController.h>
+
+#include <QList>
+
+class QStackedWidget;
+class QTabBar;
+
+namespace bvt {
+
+// Controllers side by side, one shown at a time, chosen with a tab bar at the bottom.
+class TabBarController : public ViewController
+{
+    Q_OBJECT
+public:
+    explicit TabBarController(QObject *parent = nullptr);
+
+    QList<ViewController *> viewControllers() const;
+    void setViewControllers(const QList<ViewController *> &controllers); // takes ownership
+    ViewController *selectedViewController() const;
+    int selectedIndex() const;
+    void setSelectedIndex(int index);
+
+    void viewWillAppear(bool animated) override; // passed on to the selected controller
+    void viewDidAppear(bool animated) override;
+
+protected:
+    void loadView() override;
+
+private:
+    QList<ViewController *> m_controllers;
+    int m_selected = -1;
+    QStackedWidget *m_stack = nullptr;
+    QTabBar *m_tabs = nullptr;
+};
+
+} // namespace bvt

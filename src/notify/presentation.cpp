@@ -1,0 +1,133 @@
+// Showing the library's screens: the permission popup and the preferences screen.
+#include <Brevanti/Application.h>
+#include <Brevanti/BVT.h>
+#include <Brevanti/BVTNotify.h>
+#include <Brevanti/BVTNotifyPreferencesViewController.h>
+#include <Brevanti/BVTNotifyRequestViewController.h>
+#include <Brevanti/NavigationController.h>
+#include <Brevanti/PopupController.h>
+#include <Brevanti/TabBarController.h>
+
+#include "client/log.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+namespace {
+
+const QString defaultIconName = QStringLiteral("bvt-alert-icon-default.png");
+constexpr double popupCornerRadius = 4.0;
+const QColor dimming = QColor::fromRgbF(0, 0, 0, 0.8f);
+
+} // namespace
+
+void BVTNotify::requestCustomPreferences()
+{
+    requestCustomPreferencesWithColor(defaultNotificationColor());
+}
+
+void BVTNotify::requestCustomPreferencesWithColor(const QColor &color)
+{
+    requestCustomPreferencesWithColor(color, defaultNotificationIcon());
+}
+
+void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon)
+{
+    requestCustomPreferencesWithColor(color, icon, defaultNotificationHeader());
+}
+
+void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon,
+                                                  const QString &header)
+{
+    requestCustomPreferencesWithColor(color, icon, header, defaultNotificationSubHeader());
+}
+
+void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon,
+                                                  const QString &header, const QString &subHeader)
+{
+    // A stored token is the library's only sign that push was accepted already.
+    if (!BVT::currentDeviceToken().isNull()) {
+        bvt::log("You have already accepted push notifications!");
+        return;
+    }
+    bvt::ViewController *top = topViewController();
+
+    // Process-wide: every popup bar made from now on looks like this, until the next call.
+    bvt::PopupNavigationBar::Appearance &look = bvt::PopupNavigationBar::appearance();
+    look.barTintColor = color;
+    look.tintColor = Qt::white;
+    look.barStyle = bvt::PopupNavigationBar::BarStyle::Default;
+    look.titleColor = Qt::white;
+
+    auto *request = new BVTNotifyRequestViewController(color, icon, header, subHeader);
+    // Owned by the controller it is shown in, so that it goes with it.
+    auto *popup = new bvt::PopupController(request, top);
+    auto *background = new QWidget;
+    background->setGeometry(top ? top->view()->rect() : QRect());
+    background->setAutoFillBackground(true);
+    QPalette palette = background->palette();
+    palette.setColor(QPalette::Window, dimming);
+    background->setPalette(palette);
+    popup->setBackgroundView(background);
+    popup->setCornerRadius(popupCornerRadius);
+    if (top)
+        popup->presentInViewController(top);
+    else
+        popup->deleteLater(); // nowhere to show it
+}
+
+QColor BVTNotify::defaultNotificationColor()
+{
+    return QColor::fromRgbF(0.23f, 0.36f, 0.59f, 1.0f);
+}
+
+QPixmap BVTNotify::defaultNotificationIcon()
+{
+    const QString beside = QDir(QCoreApplication::applicationDirPath()).filePath(defaultIconName);
+    for (const QString &path : {QStringLiteral(":/") + defaultIconName, beside}) {
+        if (QFileInfo::exists(path))
+            return QPixmap(path);
+    }
+    return QPixmap();
+}
+
+QString BVTNotify::defaultNotificationHeader()
+{
+    return QStringLiteral("Stay Up To Date");
+}
+
+QString BVTNotify::defaultNotificationSubHeader()
+{
+    return QStringLiteral(
+            "Turn on notifications to make sure you don't miss anything you care about!");
+}
+
+void BVTNotify::openPreferencesWithNavigationController(bvt::NavigationController *navigation)
+{
+    auto *preferences = new BVTNotifyPreferencesViewController;
+    if (navigation)
+        navigation->pushViewController(preferences, true);
+    else
+        delete preferences;
+}
+
+bvt::ViewController *BVTNotify::topViewController()
+{
+    const bvt::Window *window = bvt::Application::sharedApplication().keyWindow();
+    return window ? topViewController(window->rootViewController()) : nullptr;
+}
+
+bvt::ViewController *BVTNotify::topViewController(bvt::ViewController *controller)
+{
+    if (auto *navigation = qobject_cast<bvt::NavigationController *>(controller)) {
+        const QList<bvt::ViewController *> stack = navigation->viewControllers();
+        return topViewController(stack.isEmpty() ? nullptr : stack.last());
+    }
+    if (auto *tabs = qobject_cast<bvt::TabBarController *>(controller))
+        return topViewController(tabs->selectedViewController());
+    // Recurses on the same controller, not the presented one: kept as the walk has always been.
+    if (controller && controller->presentedViewController())
+        return topViewController(controller);
+    return controller;
+}
