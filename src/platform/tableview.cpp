@@ -205,6 +205,13 @@ TableView::TableView(Style style, QWidget *parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     verticalScrollBar()->setSingleStep(scrollStep);
+    // A thin indicator, as on a phone, rather than a desktop scroll bar with arrows.
+    verticalScrollBar()->setStyleSheet(QStringLiteral(
+            "QScrollBar:vertical { width: 4px; background: transparent; margin: 0; }"
+            "QScrollBar::handle:vertical { background: rgba(0, 0, 0, 80); border-radius: 2px;"
+            " min-height: 30px; }"
+            "QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }"
+            "QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: none; }"));
     new SeparatorOverlay(this);
 }
 
