@@ -61,7 +61,6 @@ int main(int argc, char **argv)
     }
     const int createdScrolling = table->cellsCreated() - createdFirst;
 
-    std::printf("%-58s %12s %12s\n", "measure", "value", "target");
     std::printf("%-58s %12.1f %12s\n", "load and first paint, 2000 rows (ms)", loadMs, "");
     std::printf("%-58s %12d %12s\n", "rows visible on the first screen", visible, "");
     std::printf("%-58s %12d %12s\n", "cell widgets created for the first screen", createdFirst,

@@ -14,6 +14,7 @@ namespace {
 
 QPointer<QNetworkAccessManager> hostManager;
 QPointer<QNetworkAccessManager> builtInManager;
+int transferTimeoutMs = HttpClient::defaultTimeoutMs;
 
 // Errors of the connection itself, as opposed to the ones Qt derives from an HTTP status, which the
 // status already tells.
@@ -43,7 +44,7 @@ void HttpClient::send(const HttpRequest &request, const Completion &done)
     QNetworkRequest networkRequest(request.url);
     for (const auto &[name, value] : request.headers)
         networkRequest.setRawHeader(name, value);
-    networkRequest.setTransferTimeout(timeoutMs);
+    networkRequest.setTransferTimeout(transferTimeoutMs);
 
     QNetworkAccessManager *manager = networkAccessManager();
     QNetworkReply *reply = request.method == "GET"
@@ -58,6 +59,16 @@ void HttpClient::send(const HttpRequest &request, const Completion &done)
                                  reply->rawHeader("Content-Type"), reply->readAll(), transportError,
                                  reply->errorString()));
     });
+}
+
+int HttpClient::timeoutMs()
+{
+    return transferTimeoutMs;
+}
+
+void HttpClient::setTimeoutMs(int milliseconds)
+{
+    transferTimeoutMs = milliseconds;
 }
 
 void setNetworkAccessManager(QNetworkAccessManager *manager)

@@ -29,7 +29,11 @@ class HttpClient
 public:
     using Completion = std::function<void(const JsonResponse &response)>;
 
-    static constexpr int timeoutMs = 60000;
+    static constexpr int defaultTimeoutMs = 60000;
+
+    // How long a request may go without any data moving before it fails; tests shorten it.
+    static int timeoutMs();
+    static void setTimeoutMs(int milliseconds);
 
     // Sends the request and calls done exactly once, later, on the thread of the network access
     // manager (the main thread).
