@@ -4,7 +4,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev qt6-httpserver-dev qt6-websockets-dev libgl-dev
-    fonts-dejavu-core
+    fonts-dejavu-core openssl
 )
 
 # Installs whichever of the packages are missing (as root, or through sudo when there is one).

@@ -55,8 +55,10 @@ void HttpClient::send(const HttpRequest &request, const Completion &done)
         reply->deleteLater();
         const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
         const int transportError = isTransportError(reply->error()) ? int(reply->error()) : 0;
+        // Without an answer there is nothing to read (an aborted reply is no longer open).
+        const QByteArray body = status.isValid() ? reply->readAll() : QByteArray();
         done(JsonResponse::judge(status.isValid() ? status.toInt() : 0,
-                                 reply->rawHeader("Content-Type"), reply->readAll(), transportError,
+                                 reply->rawHeader("Content-Type"), body, transportError,
                                  reply->errorString()));
     });
 }

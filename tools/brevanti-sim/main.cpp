@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QSslCertificate>
+#include <QSslKey>
 #include <QTextStream>
 
 #include <cstdlib>
@@ -15,6 +17,26 @@ namespace {
 {
     QTextStream(stderr) << "brevanti-sim: " << message << Qt::endl;
     std::exit(EXIT_FAILURE);
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        fail(QStringLiteral("cannot read %1: %2").arg(path, file.errorString()));
+    return file.readAll();
+}
+
+QSslKey readKey(const QString &path)
+{
+    const QByteArray pem = readFile(path);
+    // QSslKey needs the algorithm, which a PKCS#8 PEM file does not name.
+    for (const QSsl::KeyAlgorithm algorithm : {QSsl::Rsa, QSsl::Ec}) {
+        const QSslKey key(pem, algorithm);
+        if (!key.isNull())
+            return key;
+    }
+    fail(QStringLiteral("%1 holds no unencrypted PEM RSA or EC private key").arg(path));
 }
 
 } // namespace
@@ -49,8 +71,16 @@ int main(int argc, char *argv[])
             QStringLiteral("JSON array of preference categories served instead of the built-in "
                            "one."),
             QStringLiteral("FILE"));
-    parser.addOptions(
-            {portOption, clientOption, stateOption, lifetimeOption, hostOption, catalogueOption});
+    const QCommandLineOption certificateOption(
+            QStringLiteral("tls-cert"),
+            QStringLiteral("PEM certificate (the first in FILE) to serve HTTPS with; needs "
+                           "--tls-key."),
+            QStringLiteral("FILE"));
+    const QCommandLineOption keyOption(QStringLiteral("tls-key"),
+                                       QStringLiteral("PEM private key of --tls-cert."),
+                                       QStringLiteral("FILE"));
+    parser.addOptions({portOption, clientOption, stateOption, lifetimeOption, hostOption,
+                       catalogueOption, certificateOption, keyOption});
     parser.process(app);
 
     bool ok = false;
@@ -80,22 +110,34 @@ int main(int argc, char *argv[])
     if (parser.isSet(stateOption))
         service.setStateFile(parser.value(stateOption));
     if (parser.isSet(catalogueOption)) {
-        QFile file(parser.value(catalogueOption));
-        if (!file.open(QIODevice::ReadOnly))
-            fail(QStringLiteral("cannot read %1: %2").arg(file.fileName(), file.errorString()));
+        const QString path = parser.value(catalogueOption);
         QJsonParseError parseError;
-        const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &parseError);
+        const QJsonDocument document = QJsonDocument::fromJson(readFile(path), &parseError);
         if (parseError.error != QJsonParseError::NoError)
-            fail(QStringLiteral("%1 is not JSON: %2")
-                         .arg(file.fileName(), parseError.errorString()));
+            fail(QStringLiteral("%1 is not JSON: %2").arg(path, parseError.errorString()));
         if (!document.isArray() || !service.setCatalogue(document.array()))
             fail(QStringLiteral("%1 is not a catalogue: an array of categories, each with a "
                                 "unique \"key\" and a \"preferences\" array of uniquely keyed "
                                 "objects")
-                         .arg(file.fileName()));
+                         .arg(path));
     }
 
-    if (!service.listen(host, quint16(port)))
+    const bool tls = parser.isSet(certificateOption);
+    if (tls != parser.isSet(keyOption))
+        fail(QStringLiteral("--tls-cert and --tls-key go together"));
+    bool listening = false;
+    if (tls) {
+        const QList<QSslCertificate> certificates =
+                QSslCertificate::fromData(readFile(parser.value(certificateOption)));
+        if (certificates.isEmpty())
+            fail(QStringLiteral("%1 holds no PEM certificate")
+                         .arg(parser.value(certificateOption)));
+        listening = service.listenTls(certificates.first(), readKey(parser.value(keyOption)), host,
+                                      quint16(port));
+    } else {
+        listening = service.listen(host, quint16(port));
+    }
+    if (!listening)
         fail(QStringLiteral("cannot listen on %1 port %2").arg(host.toString()).arg(port));
     // Launchers wait for this exact line to learn the port.
     QTextStream(stdout) << "brevanti-sim listening on " << service.baseUrl().toString() << Qt::endl;

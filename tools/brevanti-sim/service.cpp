@@ -12,6 +12,11 @@
 #include <QRandomGenerator>
 #include <QSaveFile>
 #include <QSet>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QSslServer>
+#include <QSslSocket>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
@@ -117,6 +122,22 @@ protected:
 
 private:
     int &m_accepted;
+};
+
+// NumberingServer over TLS. QAbstractHttpServer::sslSetup reaches only the servers its own listen()
+// makes, so a bound server has to encrypt by itself. Numbering at accept, before the handshake,
+// counts the connections a client rejects too.
+class TlsNumberingServer : public QSslServer
+{
+public:
+    TlsNumberingServer(int &accepted, const QSslConfiguration &configuration)
+    {
+        setSslConfiguration(configuration);
+        connect(this, &QSslServer::startedEncryptionHandshake, this,
+                [&accepted](QSslSocket *socket) {
+                    socket->setProperty(ConnectionProperty, ++accepted);
+                });
+    }
 };
 
 // Hands each parsed request to the service together with its socket: answering on the socket
@@ -296,6 +317,7 @@ public:
     std::optional<Fault> takeFault(const RecordedRequest &request);
     Answer dispatch(const RecordedRequest &request);
     bool bearerValid(const RecordedRequest &request) const;
+    bool start(std::unique_ptr<QTcpServer> server, const QHostAddress &address, quint16 port);
 
     Answer issueToken(const RecordedRequest &request);
     Answer echo(const RecordedRequest &request);
@@ -313,7 +335,7 @@ public:
     Service *q;
     int connections = 0; // outlives front, whose server counts into it
     HttpFront front;
-    NumberingServer *tcp = nullptr; // owned by front
+    QTcpServer *tcp = nullptr; // owned by front
     QList<Route> routes;
     QHash<QString, QString> clients; // id -> secret
     int tokenLifetime = 7200;
@@ -713,14 +735,31 @@ Service::Service(QObject *parent) : QObject(parent), d(std::make_unique<ServiceP
 
 Service::~Service() = default;
 
-bool Service::listen(const QHostAddress &address, quint16 port)
+bool ServicePrivate::start(std::unique_ptr<QTcpServer> server, const QHostAddress &address,
+                           quint16 port)
 {
-    auto server = std::make_unique<NumberingServer>(d->connections);
     if (!server->listen(address, port))
         return false;
-    d->tcp = server.release();
-    d->front.bind(d->tcp);
+    tcp = server.release();
+    front.bind(tcp);
     return true;
+}
+
+bool Service::listen(const QHostAddress &address, quint16 port)
+{
+    return d->start(std::make_unique<NumberingServer>(d->connections), address, port);
+}
+
+bool Service::listenTls(const QSslCertificate &certificate, const QSslKey &key,
+                        const QHostAddress &address, quint16 port)
+{
+    if (certificate.isNull() || key.isNull())
+        return false;
+    QSslConfiguration configuration;
+    configuration.setLocalCertificate(certificate);
+    configuration.setPrivateKey(key);
+    return d->start(std::make_unique<TlsNumberingServer>(d->connections, configuration), address,
+                    port);
 }
 
 quint16 Service::port() const
@@ -731,7 +770,8 @@ quint16 Service::port() const
 QUrl Service::baseUrl() const
 {
     QUrl url;
-    url.setScheme(QStringLiteral("http"));
+    url.setScheme(qobject_cast<const QSslServer *>(d->tcp) ? QStringLiteral("https")
+                                                           : QStringLiteral("http"));
     url.setHost(reachableHost(d->tcp ? d->tcp->serverAddress()
                                      : QHostAddress(QHostAddress::LocalHost)));
     url.setPort(port());

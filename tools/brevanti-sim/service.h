@@ -14,6 +14,9 @@
 
 #include <memory>
 
+class QSslCertificate;
+class QSslKey;
+
 namespace bvtsim {
 
 // One request exactly as it arrived on the wire.
@@ -55,8 +58,12 @@ public:
 
     // Starts listening; port 0 picks a free one. Returns false when the port cannot be bound.
     bool listen(const QHostAddress &address = QHostAddress::LocalHost, quint16 port = 0);
+    // listen, serving HTTPS with the certificate and its private key; also false when either is
+    // null.
+    bool listenTls(const QSslCertificate &certificate, const QSslKey &key,
+                   const QHostAddress &address = QHostAddress::LocalHost, quint16 port = 0);
     quint16 port() const;
-    QUrl baseUrl() const; // "http://127.0.0.1:PORT", no trailing slash
+    QUrl baseUrl() const; // "http://127.0.0.1:PORT" ("https" after listenTls), no trailing slash
 
     void addClient(const QString &id, const QString &secret);
     void setTokenLifetime(int seconds);  // "expires_in" of tokens issued from now on; default 7200
