@@ -51,6 +51,12 @@ void setNetworkAccessManager(QNetworkAccessManager *manager);
 
 } // namespace bvt
 
+// C linkage keeps these symbols unadorned; deviceName returns a QString all the same, which clang
+// would warn about.
+#if defined(__clang__)
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wreturn-type-c-linkage"
+#endif
 extern "C" {
 // The machine field of the kernel's system identification (uname), decoded as UTF-8; a null
 // QString when it is not valid UTF-8.
@@ -59,3 +65,6 @@ QString deviceName();
 extern const double BrevantiVersionNumber;
 extern const unsigned char BrevantiVersionString[];
 }
+#if defined(__clang__)
+#pragma clang diagnostic pop
+#endif
