@@ -102,7 +102,7 @@ public:
     explicit TableView(Style style, QWidget *parent = nullptr);
     ~TableView() override;
 
-    Style style() const;
+    Style tableStyle() const; // not style(): that is QWidget's QStyle
     void setDataSource(TableViewDataSource *dataSource);
     void setDelegate(TableViewDelegate *delegate);
 

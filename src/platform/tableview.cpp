@@ -223,7 +223,7 @@ TableView::~TableView()
         qDeleteAll(cells);
 }
 
-TableView::Style TableView::style() const
+TableView::Style TableView::tableStyle() const
 {
     return m_style;
 }

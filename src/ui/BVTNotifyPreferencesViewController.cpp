@@ -5,6 +5,7 @@
 #include <Brevanti/Screen.h>
 
 #include "client/log.h"
+#include "popupcard.h"
 #include "preferencesstyle.h"
 
 #include <QAction>
@@ -20,10 +21,10 @@ BVTNotifyPreferencesViewController *BVTNotifyPreferencesViewController::initInPo
 {
     auto *screen = new BVTNotifyPreferencesViewController;
     const QRect bounds = bvt::Screen::mainScreen().bounds();
-    screen->setContentSizeInPopup(QSize(bounds.width() - bvt::preferences::popupMargin,
+    screen->setContentSizeInPopup(QSize(bounds.width() - bvt::popupcard::screenMargin,
                                         bvt::preferences::popupPortraitHeight));
     screen->setLandscapeContentSizeInPopup(
-            QSize(bounds.height() - bvt::preferences::popupMargin,
+            QSize(bounds.height() - bvt::popupcard::screenMargin,
                   bounds.width() - bvt::preferences::popupLandscapeMargin));
     screen->m_doneButton = new QAction(QStringLiteral("Done"), screen);
     connect(screen->m_doneButton, &QAction::triggered, screen,

@@ -4,6 +4,7 @@
 #include <Brevanti/PopupController.h>
 #include <Brevanti/Screen.h>
 
+#include "popupcard.h"
 #include "requestcardview.h"
 #include "ui_BVTNotifyRequestViewController.h"
 
@@ -12,7 +13,6 @@
 namespace {
 
 const QColor noThanksColor = QColor::fromRgbF(0.75f, 0.75f, 0.75f, 1.0f);
-constexpr int popupMargin = 30;
 constexpr int portraitHeight = 460;
 constexpr int landscapeHeight = 340;
 constexpr int customizeBorderWidth = 2;
@@ -57,8 +57,9 @@ BVTNotifyRequestViewController::BVTNotifyRequestViewController(const QColor &col
 {
     setTitle(QStringLiteral("Notifications"));
     const QRect bounds = bvt::Screen::mainScreen().bounds();
-    setContentSizeInPopup(QSize(bounds.width() - popupMargin, portraitHeight));
-    setLandscapeContentSizeInPopup(QSize(bounds.height() - popupMargin, landscapeHeight));
+    setContentSizeInPopup(QSize(bounds.width() - bvt::popupcard::screenMargin, portraitHeight));
+    setLandscapeContentSizeInPopup(
+            QSize(bounds.height() - bvt::popupcard::screenMargin, landscapeHeight));
     m_popupColor = color;
     m_popupIcon = icon;
     m_popupHeader = header;

@@ -22,7 +22,6 @@ inline constexpr int headerLabelLeft = 15;
 inline constexpr int headerLabelTop = 24;
 inline constexpr int headerLabelHeight = 16;
 inline constexpr int spinnerCentreY = 62;
-inline constexpr int popupMargin = 30;          // card width: screen width minus this
 inline constexpr int popupLandscapeMargin = 60; // landscape card height: screen width minus this
 inline constexpr int popupPortraitHeight = 400;
 
