@@ -22,11 +22,8 @@ private Q_SLOTS:
     void pathIsJoinedToTheOriginAsItStands();
     void failedAnswersHandTheBodyTextToFailure_data();
     void failedAnswersHandTheBodyTextToFailure();
-    void noTokenLeavesOnlyTheLogLine_data();
-    void noTokenLeavesOnlyTheLogLine();
     void bearerIsReadWhenTheRequestGoesOut();
     void requestKeepsItsManagerAlive();
-    void hugeAnswerIsDecoded();
     void connectionsAreShared();
 
 private:

@@ -191,6 +191,8 @@ void TestFaults::faultEndsInOneOutcome()
         QCOMPARE(m_log->linesStartingWith(name + "Success: ").size(), answers.size());
         QCOMPARE(m_log->linesStartingWith(name + "Fail: ").size(), texts.size());
     }
+    if (expect == Expect::NoToken) // without a token the request itself is never sent
+        QVERIFY(m_local->requestsFor("/echo").isEmpty());
     QCOMPARE(m_store->currentDevice(), device);
     QCOMPARE(m_store->currentUser(), "user-before");
     QCOMPARE(m_store->currentDeviceToken(), "token-before");
