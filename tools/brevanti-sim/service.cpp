@@ -417,7 +417,10 @@ void ServicePrivate::handle(const QHttpServerRequest &request, QTcpSocket *socke
         }
         socket->write("HTTP/1.1 " + QByteArray::number(status) + ' ' + reasonPhrase(status)
                       + "\r\nContent-Type: " + contentType
-                      + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n");
+                      + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n");
+        for (const auto &[name, value] : fault.headers)
+            socket->write(name + ": " + value + "\r\n");
+        socket->write("\r\n");
         if (method != "HEAD")
             socket->write(fault.truncateBody ? body.left(body.size() / 2) : body);
         if (fault.truncateBody)

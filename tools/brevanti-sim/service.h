@@ -43,6 +43,7 @@ struct Fault
     bool dropConnection = false; // close the connection without answering
     bool truncateBody = false;   // announce the full Content-Length, send half the body, close
     int times = -1;              // number of requests it applies to; -1: until cleared
+    QList<QPair<QByteArray, QByteArray>> headers = {}; // sent after Content-Type and Content-Length
 };
 
 class ServicePrivate;
