@@ -38,6 +38,13 @@ void BVTManager::verifyAuthenticated(const BVTSuccessBlock &success, const BVTEr
                     return;
                 }
                 const bvt::TokenResponse token = bvt::TokenResponse::read(response.object);
+                // A token that cannot be sent in a header is no token: it is not kept, and the
+                // next call asks again.
+                if (!bvt::HttpClient::isSafeHeaderValue(token.accessToken.toUtf8())) {
+                    if (failure)
+                        failure(bvt::unsendableTokenError());
+                    return;
+                }
                 self->m_accessToken = token.accessToken;
                 self->m_accessTokenExpires = token.expires;
                 bvt::log("self.access_token: %@", self->m_accessToken);

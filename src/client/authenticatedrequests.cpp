@@ -33,8 +33,15 @@ void BVTManager::send(Verb verb, const QString &path, const BVTParameters &param
         bvt::log("Authorization: %@", QStringLiteral("Basic ") + basicCredentials());
     }
 
-    auto sendRequest = [self = shared_from_this(), verb, url, parameters, success,
-                        failure](const QVariant &) {
+    const auto noToken = [](const BVTError &error) {
+        bvt::log("Failed to get access token: %@", error);
+    };
+    auto sendRequest = [self = shared_from_this(), verb, url, parameters, success, failure,
+                        noToken](const QVariant &) {
+        // A token the host set can still hold a line break; it never goes on the wire.
+        const QByteArray bearer = "Bearer " + bvt::describe(self->m_accessToken).toUtf8();
+        if (!bvt::HttpClient::isSafeHeaderValue(bearer))
+            return noToken(bvt::unsendableTokenError());
         bvt::HttpRequest request;
         const QByteArray form = bvt::FormEncoder::encode(parameters);
         QString target = url;
@@ -48,7 +55,7 @@ void BVTManager::send(Verb verb, const QString &path, const BVTParameters &param
         }
         request.url = QUrl(target);
         request.headers = {
-                {"Authorization", "Bearer " + bvt::describe(self->m_accessToken).toUtf8()},
+                {"Authorization", bearer},
                 {"Accept", bvt::vendorMediaType},
                 {"Content-Type",
                  verb == Verb::Get ? "application/json;" : "application/x-www-form-urlencoded"}};
@@ -72,7 +79,5 @@ void BVTManager::send(Verb verb, const QString &path, const BVTParameters &param
         });
     };
 
-    verifyAuthenticated(sendRequest, [](const BVTError &error) {
-        bvt::log("Failed to get access token: %@", error);
-    });
+    verifyAuthenticated(sendRequest, noToken);
 }

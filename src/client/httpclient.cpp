@@ -8,6 +8,10 @@
 #include <QNetworkRequest>
 #include <QPointer>
 
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
 namespace bvt {
 
 namespace {
@@ -26,7 +30,70 @@ bool isTransportError(QNetworkReply::NetworkError error)
                     && error <= QNetworkReply::ProtocolFailure));
 }
 
+// A request body that can be read only once. When a connection drops before the answer, Qt 6.4
+// sends the request again on a new one, POST and PATCH included; with a body it cannot rewind, it
+// fails the request instead, so each call reaches the service at most once.
+class OneShotBody : public QIODevice
+{
+public:
+    explicit OneShotBody(const QByteArray &body) : m_body(body) { open(QIODevice::ReadOnly); }
+
+    bool isSequential() const override { return true; }
+    bool reset() override { return false; }
+    qint64 bytesAvailable() const override
+    {
+        return m_body.size() - m_read + QIODevice::bytesAvailable();
+    }
+
+protected:
+    qint64 readData(char *data, qint64 maxSize) override
+    {
+        const qint64 count = qMin(maxSize, qint64(m_body.size()) - m_read);
+        memcpy(data, m_body.constData() + m_read, size_t(count));
+        m_read += count;
+        return count;
+    }
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    const QByteArray m_body;
+    qint64 m_read = 0;
+};
+
+// What one exchange has received so far, kept outside the reply so that an answer cut short (a
+// time-out aborts the reply and discards what it buffered) still has its text, and so that a reply
+// destroyed with its manager still reports once.
+struct Exchange
+{
+    HttpClient::Completion done;
+    QByteArray body;
+    bool finished = false;
+
+    void finish(const JsonResponse &response)
+    {
+        if (finished)
+            return;
+        finished = true;
+        done(response);
+    }
+};
+
 } // namespace
+
+BVTError unsendableTokenError()
+{
+    return {QNetworkReply::ProtocolInvalidOperationError,
+            QStringLiteral("The access token holds a line break or another control character "
+                           "and cannot be sent")};
+}
+
+bool HttpClient::isSafeHeaderValue(const QByteArray &value)
+{
+    // A line break would end the header early and start another (or a second request); NUL ends
+    // it for many servers. Tab is the one control character a header value may hold.
+    return std::none_of(value.cbegin(), value.cend(),
+                        [](char c) { return (uchar(c) < 0x20 && c != '\t') || uchar(c) == 0x7f; });
+}
 
 QNetworkAccessManager *HttpClient::networkAccessManager()
 {
@@ -45,21 +112,58 @@ void HttpClient::send(const HttpRequest &request, const Completion &done)
     for (const auto &[name, value] : request.headers)
         networkRequest.setRawHeader(name, value);
     networkRequest.setTransferTimeout(transferTimeoutMs);
+    // An answer is judged where it was asked for: a redirect would carry the credentials to
+    // whichever host the Location names, and turn a PATCH into a GET.
+    networkRequest.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                                QNetworkRequest::ManualRedirectPolicy);
 
+    // Every request goes with a body it can read only once, a GET's empty (Content-Length 0).
     QNetworkAccessManager *manager = networkAccessManager();
-    QNetworkReply *reply = request.method == "GET"
-            ? manager->get(networkRequest)
-            : manager->sendCustomRequest(networkRequest, request.method, request.body);
+    auto *body = new OneShotBody(request.body);
+    networkRequest.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
+    networkRequest.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+    QNetworkReply *reply = manager->sendCustomRequest(networkRequest, request.method, body);
+    body->setParent(reply);
 
-    QObject::connect(reply, &QNetworkReply::finished, reply, [reply, done] {
+    auto exchange = std::make_shared<Exchange>();
+    exchange->done = done;
+    QObject::connect(reply, &QIODevice::readyRead, reply,
+                     [reply, exchange] { exchange->body += reply->readAll(); });
+    QObject::connect(reply, &QNetworkReply::finished, reply, [reply, exchange] {
         reply->deleteLater();
+        if (reply->isOpen())
+            exchange->body += reply->readAll();
         const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-        const int transportError = isTransportError(reply->error()) ? int(reply->error()) : 0;
-        // Without an answer there is nothing to read (an aborted reply is no longer open).
-        const QByteArray body = status.isValid() ? reply->readAll() : QByteArray();
-        done(JsonResponse::judge(status.isValid() ? status.toInt() : 0,
-                                 reply->rawHeader("Content-Type"), body, transportError,
-                                 reply->errorString()));
+        QNetworkReply::NetworkError error = reply->error();
+        QString message = reply->errorString();
+        if (error == QNetworkReply::ContentReSendError) {
+            // Qt tells of the second sending that the one-shot body refused; what happened is
+            // that the connection closed before the answer.
+            error = QNetworkReply::RemoteHostClosedError;
+            message = QStringLiteral("The connection closed before the answer arrived");
+        }
+        // Without an answer every error is the connection's; with one, only a transport error
+        // (a reset or time-out after the headers) adds to what the status tells.
+        const int transportError = !status.isValid() || isTransportError(error) ? int(error) : 0;
+        exchange->finish(JsonResponse::judge(status.isValid() ? status.toInt() : 0,
+                                             reply->rawHeader("Content-Type"), exchange->body,
+                                             transportError, message));
+    });
+    // A host that deletes its network access manager deletes the replies under way without
+    // finishing them. The outcome is delivered from the event loop, not from inside that delete.
+    QObject::connect(reply, &QObject::destroyed, [exchange] {
+        QCoreApplication *application = QCoreApplication::instance();
+        if (exchange->finished || !application)
+            return;
+        QMetaObject::invokeMethod(
+                application,
+                [exchange] {
+                    exchange->finish(JsonResponse::judge(
+                            0, {}, {}, QNetworkReply::OperationCanceledError,
+                            QStringLiteral("The network access manager was deleted before the "
+                                           "answer arrived")));
+                },
+                Qt::QueuedConnection);
     });
 }
 

@@ -24,6 +24,9 @@ struct HttpRequest
     QByteArray body;
 };
 
+// The error of an access token that holds a character a header cannot carry.
+BVTError unsendableTokenError();
+
 class HttpClient
 {
 public:
@@ -36,8 +39,14 @@ public:
     static void setTimeoutMs(int milliseconds);
 
     // Sends the request and calls done exactly once, later, on the thread of the network access
-    // manager (the main thread).
+    // manager (the main thread): also when the host deletes its manager while the request is under
+    // way (as an answer that never arrived). Redirects are not followed, and the request is never
+    // sent a second time.
     static void send(const HttpRequest &request, const Completion &done);
+
+    // Whether a header value can go on the wire as it stands: no line break, NUL or other control
+    // character but tab, any of which would let the value write headers or requests of its own.
+    static bool isSafeHeaderValue(const QByteArray &value);
 
     // The host's manager when one was set, otherwise the library's own, created on first use.
     static QNetworkAccessManager *networkAccessManager();

@@ -6,7 +6,10 @@
 
 #include <Brevanti/BVT.h>
 
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTcpServer>
@@ -62,12 +65,17 @@ private Q_SLOTS:
     void faultEndsInOneOutcome_data();
     void faultEndsInOneOutcome();
     void thousandRequestsWithoutAToken();
+    void deletedManagerStillEndsEveryCall_data();
+    void deletedManagerStillEndsEveryCall();
+    void unsendableTokenIsNoToken_data();
+    void unsendableTokenIsNoToken();
     void storeWriteSurvivesSigkill();
 
 private:
     std::unique_ptr<LocalService> m_local;
     std::unique_ptr<LogCapture> m_log;
     std::unique_ptr<bvtsim::LoopbackRouter> m_nowhere; // routes to a closed port
+    std::unique_ptr<bvtsim::Service> m_elsewhere;      // another origin, which must hear nothing
     std::shared_ptr<BVTManager> m_store;               // reads and writes the identifiers
     QByteArray m_tokenMembers; // of a token the service accepts for the whole run
 };
@@ -75,6 +83,8 @@ private:
 void TestFaults::initTestCase()
 {
     m_local = std::make_unique<LocalService>();
+    m_elsewhere = std::make_unique<bvtsim::Service>();
+    QVERIFY(m_elsewhere->listen());
     // Registers the device (unless an earlier run did), so that later managers send nothing.
     m_store = BVTManager::initWithLaunchOptions({}, LocalService::clientId,
                                                 LocalService::clientSecret);
@@ -88,7 +98,10 @@ void TestFaults::initTestCase()
 void TestFaults::init()
 {
     m_local->reset();
+    m_elsewhere->clearRequests();
     m_log = std::make_unique<LogCapture>();
+    // Qt's warnings tell of misuse, such as reading a reply that was aborted.
+    QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
 }
 
 void TestFaults::cleanup()
@@ -123,6 +136,21 @@ void TestFaults::faultEndsInOneOutcome_data()
     rows("401", {0, 401, {}, {}}, Expect::BodyText);
     rows("slower than the time-out", {1500, 0, {}, {}}, Expect::NullText);
     rows("truncated json", {0, 200, R"({"a":[1,2)", {}}, Expect::BodyText);
+    rows("dropped before the answer", {0, 0, {}, {}, true}, Expect::NullText);
+    bvtsim::Fault stalled{0, 200, R"({"cut":"here"}{"never":"sent"})", {}, false, true};
+    stalled.stallAfterHalf = true; // the time-out ends it after half the body arrived
+    rows("stalls mid-body", stalled, Expect::BodyText);
+    // A redirect is an answer like any other: never followed, to another host or the same one.
+    const QByteArray elsewhere = m_elsewhere->baseUrl().toEncoded() + "/echo";
+    for (const int status : {301, 302, 303, 307, 308}) {
+        const QByteArray name = "redirect " + QByteArray::number(status) + " elsewhere";
+        rows(name, {0, status, "moved", "text/html", false, false, -1, {{"Location", elsewhere}}},
+             Expect::BodyText);
+    }
+    rows("redirect 302 same origin",
+         {0, 302, "moved", "text/html", false, false, -1, {{"Location", "/echo"}}},
+         Expect::BodyText);
+    rows("redirect 302 without Location", {0, 302, "moved", "text/html"}, Expect::BodyText);
 
     // About 10 MB of JSON: an array of 1 KB objects, and a valid token padded to that size.
     const QByteArray element = R"({"name":")" + QByteArray(1000, 'x') + R"("},)";
@@ -161,9 +189,10 @@ void TestFaults::faultEndsInOneOutcome()
         m_nowhere = std::make_unique<bvtsim::LoopbackRouter>(QUrl(bvt::serviceOrigin()), closed);
         bvt::setNetworkAccessManager(m_nowhere.get());
     }
-    if (fault.delayMs > 0)
+    if (fault.delayMs > 0 || fault.stallAfterHalf)
         bvt::HttpClient::setTimeoutMs(300); // well under the delay: the answer comes too late
     LogCapture::clear();
+    m_local->service().clearRequests();
 
     QVariantList answers;
     QStringList texts;
@@ -191,8 +220,14 @@ void TestFaults::faultEndsInOneOutcome()
         QCOMPARE(m_log->linesStartingWith(name + "Success: ").size(), answers.size());
         QCOMPARE(m_log->linesStartingWith(name + "Fail: ").size(), texts.size());
     }
-    if (expect == Expect::NoToken) // without a token the request itself is never sent
-        QVERIFY(m_local->requestsFor("/echo").isEmpty());
+    // What reached the service: each call at most once, and without a token no request at all.
+    const int tokenRequests = int(m_local->requestsFor("/oauth/token").size());
+    const int requests = int(m_local->service().requests().size()) - tokenRequests;
+    const int reached = refused ? 0 : 1;
+    QCOMPARE(onToken ? tokenRequests : requests, reached);
+    if (onToken)
+        QCOMPARE(requests, expect == Expect::Success ? 1 : 0);
+    QCOMPARE(m_elsewhere->requests().size(), 0);
     QCOMPARE(m_store->currentDevice(), device);
     QCOMPARE(m_store->currentUser(), "user-before");
     QCOMPARE(m_store->currentDeviceToken(), "token-before");
@@ -218,6 +253,99 @@ void TestFaults::thousandRequestsWithoutAToken()
                  QString::number(i));
     }
     QCOMPARE(m_local->requestsFor("/oauth/token").size(), count);
+}
+
+void TestFaults::deletedManagerStillEndsEveryCall_data()
+{
+    QTest::addColumn<QString>("path"); // the route that holds its answer back
+    QTest::newRow("during the token fetch") << QStringLiteral("/oauth/token");
+    QTest::newRow("during the request") << QStringLiteral("/echo");
+}
+
+void TestFaults::deletedManagerStillEndsEveryCall()
+{
+    QFETCH(QString, path);
+    constexpr int count = 200;
+    const bool duringToken = path == "/oauth/token";
+    auto manager = newManager();
+    if (!duringToken)
+        QVERIFY(fetchToken(manager));
+    auto *hostManager =
+            new bvtsim::LoopbackRouter(QUrl(bvt::serviceOrigin()), m_local->service().baseUrl());
+    bvt::setNetworkAccessManager(hostManager);
+    m_local->service().setFault("*", path, {60000, 0, {}, {}});
+    m_local->service().clearRequests();
+    LogCapture::clear();
+
+    int answers = 0;
+    QStringList texts;
+    for (int i = 0; i < count; ++i)
+        manager->postUrl(
+                "/echo", {}, [&answers](const QVariant &) { ++answers; },
+                [&texts](const QString &text) { texts.append(text); });
+    // The first requests are held at the service, the others queued in the manager.
+    QTRY_VERIFY_WITH_TIMEOUT(!m_local->requestsFor(path).isEmpty(), 30000);
+    delete hostManager;
+
+    const auto noToken = [this] {
+        return int(m_log->linesStartingWith("Failed to get access token: ").size());
+    };
+    QTRY_COMPARE_WITH_TIMEOUT(texts.size() + noToken(), count, 10000);
+    QTest::qWait(200); // room for a stray second outcome
+    QCOMPARE(answers, 0);
+    QCOMPARE(noToken(), duringToken ? count : 0);
+    QCOMPARE(texts.size(), duringToken ? 0 : count);
+    QVERIFY(std::all_of(texts.cbegin(), texts.cend(), [](const QString &t) { return t.isNull(); }));
+}
+
+void TestFaults::unsendableTokenIsNoToken_data()
+{
+    QTest::addColumn<QByteArray>("token");
+    QTest::addColumn<bool>("fromService"); // else the host sets it
+    for (const bool fromService : {true, false}) {
+        const char *from = fromService ? "served" : "set by the host";
+        QTest::addRow("header, %s", from) << QByteArray(R"(tok\r\nX-Injected: yes)") << fromService;
+        QTest::addRow("second request, %s", from)
+                << QByteArray(R"(tok\r\n\r\nGET /smuggled HTTP/1.1\r\nHost: x)") << fromService;
+        QTest::addRow("bare LF, %s", from) << QByteArray(R"(tok\nX-Injected: yes)") << fromService;
+        QTest::addRow("NUL, %s", from) << QByteArray(R"(tok\u0000more)") << fromService;
+    }
+}
+
+void TestFaults::unsendableTokenIsNoToken()
+{
+    QFETCH(QByteArray, token); // JSON string text, escapes included
+    QFETCH(bool, fromService);
+
+    auto manager = newManager();
+    if (fromService) {
+        m_local->service().setFault(
+                "POST", "/oauth/token",
+                {0,
+                 200,
+                 R"({"access_token":")" + token + R"(","expires_in":7200,"created_at":)"
+                         + QByteArray::number(QDateTime::currentSecsSinceEpoch()) + "}",
+                 {}});
+    } else {
+        const QJsonDocument document = QJsonDocument::fromJson("[\"" + token + "\"]");
+        manager->setAccess_token(document.array().first().toString());
+        manager->setAccess_token_expires(QDateTime::currentDateTimeUtc().addSecs(3600));
+    }
+    m_local->service().clearRequests();
+    LogCapture::clear();
+
+    int outcomes = 0;
+    manager->patchUrl(
+            "/echo", {}, [&outcomes](const QVariant &) { ++outcomes; },
+            [&outcomes](const QString &) { ++outcomes; });
+    QTRY_COMPARE(m_log->linesStartingWith("Failed to get access token: ").size(), 1);
+    QTest::qWait(100); // room for a request that should not go out
+    QCOMPARE(outcomes, 0);
+    QCOMPARE(m_local->requestsFor("/echo").size(), 0);
+    QCOMPARE(m_local->requestsFor("/smuggled").size(), 0);
+    QCOMPARE(m_local->service().requests().size(), fromService ? 1 : 0);
+    if (fromService) // not kept: the next call asks again
+        QVERIFY(manager->access_token().isNull());
 }
 
 void TestFaults::storeWriteSurvivesSigkill()

@@ -158,7 +158,7 @@ void TestNotify::nothingIsSentWithoutADevice()
         break;
     }
     QCOMPARE(m_log->lines().first(), "You have not fired initWithLaunchOptions yet!");
-    QTRY_COMPARE(m_local->requestsFor("/devices").size(), 2); // sent, dropped, sent again
+    QTRY_COMPARE(m_local->requestsFor("/devices").size(), 1); // sent and dropped, never again
     QTest::qWait(50);
     QCOMPARE(m_log->linesStartingWith("You have not fired").size(), 1);
     for (const bvtsim::RecordedRequest &request : m_local->service().requests())
@@ -219,8 +219,11 @@ void TestNotify::failedEnableKeepsTheEarlierToken_data()
     refused.status = 422;
     bvtsim::Fault dropped;
     dropped.dropConnection = true;
+    bvtsim::Fault redirected{0, 302, "moved", "text/html"};
+    redirected.headers = {{"Location", "/echo"}}; // a route that answers any method with 200
     QTest::newRow("refused") << refused;
     QTest::newRow("dropped") << dropped;
+    QTest::newRow("redirected") << redirected;
 }
 
 void TestNotify::failedEnableKeepsTheEarlierToken()
@@ -235,6 +238,8 @@ void TestNotify::failedEnableKeepsTheEarlierToken()
     QTRY_COMPARE(outcome.failures, 1);
     QCOMPARE(outcome.successes, 0);
     QCOMPARE(BVT::currentDeviceToken(), "EARLIER");
+    QCOMPARE(m_local->requestsFor("/devices/enable").size(), 1); // sent once, never followed
+    QVERIFY(m_local->requestsFor("/echo").isEmpty());
 }
 
 void TestNotify::verifyLogsAKnownTokenOrAsksOnce()

@@ -423,7 +423,7 @@ void ServicePrivate::handle(const QHttpServerRequest &request, QTcpSocket *socke
         socket->write("\r\n");
         if (method != "HEAD")
             socket->write(fault.truncateBody ? body.left(body.size() / 2) : body);
-        if (fault.truncateBody)
+        if (fault.truncateBody && !fault.stallAfterHalf)
             socket->disconnectFromHost(); // still sends what was written
     };
     if (fault.delayMs > 0)

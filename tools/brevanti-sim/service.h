@@ -44,6 +44,8 @@ struct Fault
     bool truncateBody = false;   // announce the full Content-Length, send half the body, close
     int times = -1;              // number of requests it applies to; -1: until cleared
     QList<QPair<QByteArray, QByteArray>> headers = {}; // sent after Content-Type and Content-Length
+    // With truncateBody: keep the connection open, and silent, after the half.
+    bool stallAfterHalf = false;
 };
 
 class ServicePrivate;
