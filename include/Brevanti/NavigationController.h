@@ -45,6 +45,7 @@ class NavigationController : public ViewController
 {
     Q_OBJECT
 public:
+    // Without a root the stack starts empty; the first controller pushed then is its root.
     explicit NavigationController(ViewController *root, QObject *parent = nullptr);
 
     QList<ViewController *> viewControllers() const;
@@ -52,8 +53,8 @@ public:
     NavigationBar *navigationBar();
 
     void pushViewController(ViewController *controller, bool animated);
-    ViewController *
-    popViewControllerAnimated(bool animated); // the one popped, now owned by the caller
+    // The one popped, now owned by the caller; never the root, so null below two controllers.
+    ViewController *popViewControllerAnimated(bool animated);
 
     void viewWillAppear(bool animated) override; // passed on to the top controller
     void viewDidAppear(bool animated) override;

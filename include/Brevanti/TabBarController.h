@@ -29,6 +29,8 @@ protected:
     void loadView() override;
 
 private:
+    void fillTabs(); // pages and tabs for the controllers, the selected one shown
+
     QList<ViewController *> m_controllers;
     int m_selected = -1;
     QStackedWidget *m_stack = nullptr;

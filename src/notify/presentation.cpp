@@ -121,6 +121,7 @@ bvt::ViewController *BVTNotify::topViewController()
 bvt::ViewController *BVTNotify::topViewController(bvt::ViewController *controller)
 {
     if (auto *navigation = qobject_cast<bvt::NavigationController *>(controller)) {
+        // An empty stack has no top: the walk finds nothing, and no popup is shown.
         const QList<bvt::ViewController *> stack = navigation->viewControllers();
         return topViewController(stack.isEmpty() ? nullptr : stack.last());
     }

@@ -115,7 +115,8 @@ void NavigationBar::resizeEvent(QResizeEvent *)
 NavigationController::NavigationController(ViewController *root, QObject *parent)
     : ViewController(parent)
 {
-    pushViewController(root, false);
+    if (root)
+        pushViewController(root, false);
 }
 
 QList<ViewController *> NavigationController::viewControllers() const
@@ -203,6 +204,9 @@ void NavigationController::loadView()
 void NavigationController::showTop(bool animated)
 {
     ViewController *top = topViewController();
+    // An empty stack shows its bare bar until the first push.
+    if (!top)
+        return;
     // The stack sizes a new page only on its next layout pass; the hooks may want the size now.
     top->view()->setGeometry(m_stack->contentsRect());
     // The hooks only mean something when the change is seen.

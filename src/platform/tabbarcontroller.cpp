@@ -19,15 +19,8 @@ void TabBarController::setViewControllers(const QList<ViewController *> &control
     for (ViewController *controller : controllers)
         controller->setParent(this);
     m_selected = controllers.isEmpty() ? -1 : 0;
-    if (!isViewLoaded())
-        return;
-    while (m_tabs->count() > 0)
-        m_tabs->removeTab(0);
-    for (ViewController *controller : controllers) {
-        m_stack->addWidget(controller->view());
-        m_tabs->addTab(controller->title());
-    }
-    setSelectedIndex(m_selected);
+    if (isViewLoaded())
+        fillTabs();
 }
 
 ViewController *TabBarController::selectedViewController() const
@@ -78,7 +71,22 @@ void TabBarController::loadView()
     layout->addWidget(m_tabs);
     connect(m_tabs, &QTabBar::currentChanged, this, [this](int index) { setSelectedIndex(index); });
     setView(view);
-    setViewControllers(m_controllers);
+    fillTabs();
+}
+
+void TabBarController::fillTabs()
+{
+    // Quiet, or the first tab added would report itself selected and replace the selection.
+    const QSignalBlocker quiet(m_tabs);
+    while (m_tabs->count() > 0)
+        m_tabs->removeTab(0);
+    while (m_stack->count() > 0)
+        m_stack->removeWidget(m_stack->widget(0));
+    for (ViewController *controller : std::as_const(m_controllers)) {
+        m_stack->addWidget(controller->view());
+        m_tabs->addTab(controller->title());
+    }
+    setSelectedIndex(m_selected);
 }
 
 } // namespace bvt

@@ -18,6 +18,7 @@ inline const QColor switchOnTint = QColor::fromRgbF(0.6f, 0.85f, 0.38f, 1.0f);
 inline const QColor headerBackground = QColor::fromRgbF(0.98f, 0.98f, 0.98f, 1.0f);
 inline const QColor headerTextColor = QColor::fromRgbF(0.64f, 0.64f, 0.64f, 1.0f);
 inline const QColor hairlineColor = QColor::fromRgbF(0.87f, 0.87f, 0.87f, 1.0f);
+inline constexpr qreal hairlineThickness = 0.5;
 inline constexpr int headerLabelLeft = 15;
 inline constexpr int headerLabelTop = 24;
 inline constexpr int headerLabelHeight = 16;

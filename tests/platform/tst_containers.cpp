@@ -102,6 +102,24 @@ private Q_SLOTS:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QVERIFY(!modal && !modalView);
     }
+    void navigationStackMayStartEmpty()
+    {
+        QStringList log;
+        Window window;
+        auto *nav = new NavigationController(nullptr);
+        window.setRootViewController(nav);
+        window.show();
+        QVERIFY(nav->viewControllers().isEmpty() && !nav->topViewController());
+        QCOMPARE(nav->navigationBar()->title(), QString());
+        QCOMPARE(nav->popViewControllerAnimated(true), nullptr);
+        auto *first = new Probe(QStringLiteral("first"), &log);
+        nav->pushViewController(first, true);
+        QCOMPARE(nav->topViewController(), first);
+        QCOMPARE(log, QStringList({"first:load", "first:will", "first:did"}));
+        QVERIFY(first->view()->isVisible());
+        QCOMPARE(nav->navigationBar()->title(), QStringLiteral("first"));
+        QCOMPARE(nav->popViewControllerAnimated(true), nullptr); // the first one is the root
+    }
     void turningThePhoneIsReportedOncePerTurn_data()
     {
         QTest::addColumn<QList<QSize>>("sizes"); // the first one when the window is shown

@@ -257,16 +257,24 @@ void TestPopup::topControllerWalk()
         tabs->setSelectedIndex(1);
         root.reset(tabs);
     } else if (hierarchy == 1) {
-        auto *navigation = new bvt::NavigationController(new bvt::ViewController);
-        delete navigation->viewControllers().first(); // leaves the stack empty
-        root.reset(navigation);
+        root = std::make_unique<bvt::NavigationController>(nullptr);
     } else {
         root = std::make_unique<bvt::ViewController>();
         expected = root.get();
     }
     QCOMPARE(BVTNotify::topViewController(root.get()), expected);
     QCOMPARE(BVTNotify::topViewController(nullptr), nullptr);
-    QCOMPARE(BVTNotify::topViewController(), m_navigation->topViewController()); // key window
+
+    // In the key window, with every view loaded and shown, the walk still ends there, and so does
+    // the popup: over that controller, or nowhere.
+    m_window = std::make_unique<bvt::Window>();
+    m_window->setRootViewController(root.release());
+    m_window->show();
+    QCOMPARE(BVTNotify::topViewController(), expected);
+    QVERIFY(!expected || expected->view()->isVisible());
+    BVTNotify::requestCustomPreferences();
+    const auto *popup = m_window->rootViewController()->findChild<bvt::PopupController *>();
+    QCOMPARE(popup ? popup->parent() : nullptr, expected);
 }
 
 void TestPopup::openPreferencesPushesAFullScreenScreen()
