@@ -1,28 +1,36 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 #include <QVariant>
 
 namespace bvt {
 
 // The application's own persistent key-value store, over QSettings (on a phone, Qt keeps these in
-// the platform's user defaults). Values are stored as given and read back as strings.
+// the platform's user defaults). Every read goes to storage afresh, so a value that another
+// process wrote is seen at once, and a value reads back the same in every process.
 class UserDefaults
 {
 public:
     static UserDefaults &standardUserDefaults();
 
-    // A stored string as it is, a stored number as its decimal text; anything else, or nothing
-    // stored, is a null QString.
+    // A stored string as it is, a stored number as its decimal text (a bool as 1 or 0); anything
+    // else, or nothing stored, is a null QString.
     QString stringForKey(const QString &key) const;
 
-    // Stores the value; a null value removes the entry.
+    // Stores the value; a null value (or a null string) removes the entry. Reads see the change at
+    // once; storage gets it with the next synchronize.
     void setObject(const QVariant &value, const QString &key);
     void removeObjectForKey(const QString &key);
 
-    // Writes pending changes to storage at once (atomically). On failure the change stays pending
-    // in memory, is logged, and is written with the next successful flush.
+    // Writes the changes made since the last successful flush to storage at once (atomically), in
+    // a file that only its owner can read. On failure they stay pending in memory, where reads
+    // still see them, the failure is logged, and they are written with the next successful flush.
     bool synchronize();
+
+private:
+    // Changes not yet written: the value to store, or an invalid QVariant for a removal.
+    QHash<QString, QVariant> m_pending;
 };
 
 } // namespace bvt

@@ -8,6 +8,7 @@
 
 #include <Brevanti/BVT.h>
 
+#include <QDataStream>
 #include <QDir>
 #include <QProcess>
 #include <QSettings>
@@ -15,6 +16,7 @@
 #include <QTest>
 
 #include <cstdio>
+#include <sys/stat.h>
 #include <sys/utsname.h>
 
 // Declared again here with C linkage: a C++-mangled definition would not link.
@@ -51,6 +53,30 @@ BVTFailureBlock failureInto(Outcome &outcome)
     return [&outcome](const QString &) { ++outcome.failures; };
 }
 
+// The device identifier, user identifier and device token as another process reads them, after
+// it has stored deviceId as the device identifier (unless that is null).
+QStringList storeInAnotherProcess(const QString &deviceId = QString())
+{
+    QStringList arguments{"--print-store"};
+    if (!deviceId.isNull())
+        arguments.append(deviceId);
+    QProcess child;
+    child.start(QCoreApplication::applicationFilePath(), arguments);
+    child.waitForFinished(30000);
+    QDataStream output(child.readAllStandardOutput());
+    QStringList values;
+    output >> values;
+    return values;
+}
+
+// The permission bits of a file, in octal as chmod takes them.
+QString modeOf(const QString &path)
+{
+    struct stat status = {};
+    ::stat(QFile::encodeName(path).constData(), &status);
+    return QString::number(status.st_mode & 0777, 8);
+}
+
 } // namespace
 
 class TestDevice : public QObject
@@ -76,8 +102,9 @@ private Q_SLOTS:
     void deviceBoundCallsBeforeRegistrationOnlyLog();
     void nilUserThrowsBeforeAnythingIsSent();
     void secondInitialisationReplacesTheManager();
-    void valuesOutliveTheProcess();
-    void unwritableSettingsAreLoggedAndKeptInMemory();
+    void valuesOutliveTheProcessInAFileOfTheOwner();
+    void onlyFailedWritesAreLoggedAndTheyAreKept_data();
+    void onlyFailedWritesAreLoggedAndTheyAreKept();
     void systemVersionIsSentInSinglePrecision_data();
     void systemVersionIsSentInSinglePrecision();
     void deviceNameIsTheMachineField();
@@ -244,6 +271,14 @@ void TestDevice::deviceIdentifierIsWrittenOnce()
     m_manager->clearBVTDeviceId();
     m_manager->setBVTDeviceId("third");
     QCOMPARE(m_manager->currentDevice(), "third");
+
+    // Another process stores one after this process last read the store: that one stays.
+    m_manager->clearBVTDeviceId();
+    QVERIFY(m_manager->currentDevice().isNull());
+    QCOMPARE(storeInAnotherProcess("theirs").value(0), "theirs");
+    m_manager->setBVTDeviceId("fourth");
+    QCOMPARE(m_log->lines().last(), "Already has uuid: theirs");
+    QCOMPARE(m_manager->currentDevice(), "theirs");
 }
 
 void TestDevice::storeReadsStringsNumbersAndNothingElse_data()
@@ -255,8 +290,13 @@ void TestDevice::storeReadsStringsNumbersAndNothingElse_data()
     QTest::newRow("empty string") << QVariant("") << "";
     QTest::newRow("integer") << QVariant(42) << "42";
     QTest::newRow("fraction") << QVariant(1.5) << "1.5";
+    QTest::newRow("bool") << QVariant(true) << "1";
+    const QString unpaired = QChar(0xDC00) + QStringLiteral("x") + QChar(0xD800);
+    QTest::newRow("unpaired surrogates") << QVariant(unpaired) << unpaired;
     QTest::newRow("list") << QVariant(QVariantList{1, 2}) << QString();
+    QTest::newRow("one-item string list") << QVariant(QStringList{"x"}) << QString();
     QTest::newRow("nil removes") << QVariant() << QString();
+    QTest::newRow("null string removes") << QVariant(QString()) << QString();
 }
 
 void TestDevice::storeReadsStringsNumbersAndNothingElse()
@@ -270,7 +310,12 @@ void TestDevice::storeReadsStringsNumbersAndNothingElse()
     QCOMPARE(m_manager->currentUser().isNull(), read.isNull());
     m_manager->setBVTDeviceToken(value);
     QCOMPARE(m_manager->currentDeviceToken(), read);
-    QCOMPARE(m_log->lines().last(), "Set Device Token to: " + bvt::describe(value));
+    const QString line = "Set Device Token to: " + bvt::describe(value);
+    QCOMPARE(m_log->lines().last(), QString::fromUtf8(line.toUtf8())); // the log carries UTF-8
+
+    const QStringList next = storeInAnotherProcess(); // reads just the same
+    QCOMPARE(next, QStringList({QString(), read, read}));
+    QCOMPARE(next.value(1).isNull(), read.isNull());
 }
 
 void TestDevice::assignmentAndUnassignmentSendExactlyTheirFields()
@@ -386,29 +431,53 @@ void TestDevice::secondInitialisationReplacesTheManager()
     QVERIFY(echoes.first().header("Authorization") != echoes.last().header("Authorization"));
 }
 
-void TestDevice::valuesOutliveTheProcess()
+void TestDevice::valuesOutliveTheProcessInAFileOfTheOwner()
 {
-    m_manager->setBVTDeviceId("written-here");
-    m_manager->setBVTUserId(7);
-    QProcess child;
-    child.start(QCoreApplication::applicationFilePath(), {"--print-store"});
-    QVERIFY(child.waitForFinished(30000));
-    QCOMPARE(child.readAllStandardOutput(), QByteArray("written-here 7 (null)\n"));
-}
-
-void TestDevice::unwritableSettingsAreLoggedAndKeptInMemory()
-{
-    // A directory where the settings file should be makes every write fail, even for root.
     const QString file = QSettings().fileName();
     QFile::remove(file);
-    QVERIFY(QDir().mkpath(file));
-    m_manager->setBVTUserId("kept in memory");
-    QVERIFY(QDir().rmdir(file));
+    m_manager->setBVTDeviceId("written-here");
+    QCOMPARE(modeOf(file), "600");
+    QVERIFY(QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther));
+    m_manager->setBVTUserId(7);
+    QCOMPARE(modeOf(file), "600");
+    QCOMPARE(storeInAnotherProcess(), QStringList({"written-here", "7", QString()}));
+}
 
-    QCOMPARE(m_log->lines().first(), "Failed to save settings to " + file + ": access error");
-    QCOMPARE(m_manager->currentUser(), "kept in memory");
-    m_manager->setBVTDeviceToken("AB"); // the next flush writes both
-    QCOMPARE(QSettings(file, QSettings::IniFormat).value(userKey).toString(), "kept in memory");
+void TestDevice::onlyFailedWritesAreLoggedAndTheyAreKept_data()
+{
+    QTest::addColumn<bool>("directoryInTheWay"); // else a file that cannot be parsed
+    QTest::addColumn<QStringList>("failures");
+
+    const QString file = QSettings().fileName();
+    QTest::newRow("directory in the way")
+            << true << QStringList{"Failed to save settings to " + file + ": access error"};
+    QTest::newRow("file with a format problem") << false << QStringList();
+}
+
+void TestDevice::onlyFailedWritesAreLoggedAndTheyAreKept()
+{
+    QFETCH(bool, directoryInTheWay);
+    QFETCH(QStringList, failures);
+
+    // A directory where the settings file should be makes every write fail, even for root. A file
+    // with a format problem is read, then replaced by the write.
+    const QString file = QSettings().fileName();
+    QFile::remove(file);
+    if (directoryInTheWay) {
+        QVERIFY(QDir().mkpath(file));
+    } else {
+        QFile broken(file);
+        QVERIFY(broken.open(QIODevice::WriteOnly));
+        broken.write("[General\nno value\n");
+    }
+    m_manager->setBVTUserId("kept");
+    QCOMPARE(m_manager->currentUser(), "kept");
+    if (directoryInTheWay)
+        QVERIFY(QDir().rmdir(file));
+    m_manager->setBVTDeviceToken("AB"); // also writes what an earlier write could not
+
+    QCOMPARE(m_log->linesStartingWith("Failed"), failures);
+    QCOMPARE(QSettings(file, QSettings::IniFormat).value(userKey).toString(), "kept");
 }
 
 void TestDevice::systemVersionIsSentInSinglePrecision_data()
@@ -466,12 +535,19 @@ int main(int argc, char **argv)
     QCoreApplication app(argc, argv);
     QCoreApplication::setOrganizationName("BrevantiTests");
     QStandardPaths::setTestModeEnabled(true);
-    if (app.arguments().contains("--print-store")) {
-        // The child of valuesOutliveTheProcess: what a fresh process reads.
-        auto manager = BVTManager::initWithLaunchOptions({}, "child", "child");
-        std::printf("%s %s %s\n", qPrintable(bvt::describe(manager->currentDevice())),
-                    qPrintable(bvt::describe(manager->currentUser())),
-                    qPrintable(bvt::describe(manager->currentDeviceToken())));
+    const qsizetype child = app.arguments().indexOf("--print-store");
+    if (child > 0) {
+        // The other process of storeInAnotherProcess.
+        bvt::UserDefaults &store = bvt::UserDefaults::standardUserDefaults();
+        if (child + 1 < app.arguments().size()) {
+            store.setObject(app.arguments().at(child + 1), deviceKey);
+            store.synchronize();
+        }
+        QFile output;
+        output.open(stdout, QIODevice::WriteOnly);
+        QDataStream stream(&output);
+        stream << QStringList{store.stringForKey(deviceKey), store.stringForKey(userKey),
+                              store.stringForKey(tokenKey)};
         return 0;
     }
     TestDevice::clearKeys();
