@@ -4,7 +4,9 @@
 #include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QProcess>
 #include <QSignalSpy>
+#include <QTcpSocket>
 #include <QtTest>
 
 using namespace bvtsim;
@@ -16,6 +18,7 @@ struct Result
     int status = 0;
     QNetworkReply::NetworkError error = QNetworkReply::NoError;
     QByteArray body, contentType;
+    QList<QNetworkReply::RawHeaderPair> headers;
 };
 
 class tst_Sim : public QObject
@@ -45,7 +48,7 @@ class tst_Sim : public QObject
         if (!reply->isFinished() && !finished.wait())
             reply->abort();
         return {reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), reply->error(),
-                reply->readAll(), reply->rawHeader("Content-Type")};
+                reply->readAll(), reply->rawHeader("Content-Type"), reply->rawHeaderPairs()};
     }
 
 private Q_SLOTS:
@@ -225,6 +228,57 @@ private Q_SLOTS:
         QCOMPARE(again.device(uuid), service->device(uuid));
     }
 
+    // A state file is the service's own or a new one; anything else is left alone, and the
+    // executable refuses to start on it with the same message.
+    void stateFile_data()
+    {
+        QTest::addColumn<QString>("name");       // in a fresh directory
+        QTest::addColumn<QByteArray>("content"); // null: no such file
+        QTest::addColumn<bool>("accepted");
+        const QByteArray own = R"({"devices":{},"tokens":{"ab":1}})";
+        QTest::newRow("new file") << "state.json" << QByteArray() << true;
+        QTest::newRow("empty file") << "state.json" << QByteArray("") << true;
+        QTest::newRow("its own") << "state.json" << own << true;
+        QTest::newRow("catalogue") << "state.json" << QByteArray(R"([{"key":"news"}])") << false;
+        QTest::newRow("other object")
+                << "state.json" << QByteArray(R"({"tokens":{},"x":1})") << false;
+        QTest::newRow("not JSON") << "state.json" << QByteArray("tokens=1") << false;
+        QTest::newRow("missing directory") << "gone/state.json" << QByteArray() << false;
+    }
+    void stateFile()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, content);
+        QFETCH(bool, accepted);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(name);
+        QFile file(path);
+        if (!content.isNull())
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        file.close();
+        QString message;
+        QCOMPARE(service->setStateFile(path, &message), accepted);
+        QCOMPARE(message.isEmpty(), accepted);
+        QCOMPARE(send("/devices", goodDevice, bearer).status, 201); // a change to save
+        const QByteArray saved = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        file.close();
+        if (accepted) {
+            QCOMPARE(parse(saved)["devices"].toObject().keys(), service->deviceIds());
+            // It holds live tokens, so only its owner may read it: mode 0600, in Qt's nibbles.
+            QCOMPARE(QString::number(int(file.permissions()), 16), "6600");
+            return;
+        }
+        QCOMPARE(saved, content); // untouched
+        QProcess sim;
+        sim.start(BREVANTI_SIM, {"--port", "0", "--client", "a:b", "--state", path});
+        QSignalSpy finished(&sim, &QProcess::finished);
+        if (!finished.wait())
+            sim.kill();
+        QCOMPARE(sim.exitCode(), 1);
+        QVERIFY2(sim.readAllStandardError().contains(message.toUtf8()), qPrintable(message));
+        QCOMPARE(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray(), content);
+    }
+
     void preferences_data()
     {
         QTest::addColumn<QByteArray>("requests"); // in turn, the last answering; UUID: the device
@@ -285,6 +339,104 @@ private Q_SLOTS:
         again.setStateFile(dir.filePath("state.json"));
         QVERIFY(again.setCatalogue(doc[true]));
         QCOMPARE(again.preferenceDocument(uuid), doc[enabled]);
+    }
+
+    // A long run keeps the most recent requests, each body cut to the limit, and no expired token.
+    void boundedMemory()
+    {
+        service->setRequestLimit(2);
+        service->setRecordedBodyLimit(4);
+        QObject context;
+        QByteArrayList signalled; // the request each signal's index names, as the signal comes
+        connect(service.get(), &Service::requestRecorded, &context,
+                [&](int index) { signalled << service->requests().at(index).body; });
+        Result last;
+        for (const QByteArray body : {"a=1", "a=22", "a=333"})
+            last = send("/echo", body, bearer);
+        QCOMPARE(parse(last.body)["form"].toObject()["a"], "333"); // the route saw it all
+        QCOMPARE(signalled, QByteArrayList({"a=1", "a=22", "a=33"}));
+        QByteArrayList kept;
+        for (const RecordedRequest &request : service->requests())
+            kept << request.body;
+        QCOMPARE(kept, QByteArrayList({"a=22", "a=33"}));
+
+        QTemporaryDir dir;
+        QVERIFY(service->setStateFile(dir.filePath("state.json")));
+        service->setClock(start.addSecs(7200)); // init()'s token has just expired
+        const Result issued = send("/oauth/token", goodGrant, basic("app:s3cret"));
+        QFile state(dir.filePath("state.json"));
+        QVERIFY(state.open(QIODevice::ReadOnly));
+        QCOMPARE(parse(state.readAll())["tokens"].toObject().keys(),
+                 QStringList{parse(issued.body)["access_token"].toString()});
+    }
+
+    // A connection ends after the answer its client asked to be the last, after a request whose
+    // length cannot be trusted, or once no byte has moved for the idle time-out.
+    void connectionEnds_data()
+    {
+        QTest::addColumn<int>("idleMs");        // 0: no time-out
+        QTest::addColumn<QByteArray>("sent");   // BEARER: init()'s token
+        QTest::addColumn<QByteArray>("answer"); // the status line's start; empty: none
+        const QByteArray get = "GET /echo HTTP/1.1\r\nHost: sim\r\nAuthorization: BEARER\r\n",
+                         post = QByteArray(get).replace("GET", "POST"), ok = "HTTP/1.1 200",
+                         bad = "HTTP/1.1 400", close = "Connection: close\r\n\r\n";
+        QTest::newRow("Connection: close") << 0 << get + close << ok;
+        QTest::newRow("length -1") << 0 << post + "Content-Length: -1\r\n\r\na=1" << bad;
+        QTest::newRow("two lengths")
+                << 0 << post + "Content-Length: 3\r\nContent-Length: 7\r\n\r\na=1&b=2" << bad;
+        QTest::newRow("length and chunked")
+                << 0 << post + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n"
+                << bad;
+        QTest::newRow("silent") << 100 << QByteArray() << QByteArray();
+        QTest::newRow("half a request") << 100 << get.left(20) << QByteArray();
+        QTest::newRow("body cut short")
+                << 100 << post + "Content-Length: 9\r\n\r\na=1" << QByteArray();
+        QTest::newRow("answer held past it") // by a fault: the client is not the idle one
+                << 100 << QByteArray(get).replace("/echo", "/slow") + close
+                << QByteArray("HTTP/1.1 404");
+    }
+    void connectionEnds()
+    {
+        QFETCH(int, idleMs);
+        QFETCH(QByteArray, sent);
+        QFETCH(QByteArray, answer);
+        service->setIdleTimeout(std::chrono::milliseconds(idleMs));
+        service->setFault("GET", "/slow", Fault{300, 0, {}, {}});
+        QTcpSocket socket;
+        socket.connectToHost(QHostAddress::LocalHost, service->port());
+        socket.write(sent.replace("BEARER", bearer));
+        QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
+        QCOMPARE(socket.readAll().left(12), answer);
+    }
+
+    // The admin routes, over the socket: never recorded, never bearer-checked.
+    void admin()
+    {
+        const auto admin = [this](const QByteArray &verb, const QByteArray &route,
+                                  const QByteArray &json = {}) {
+            return send("/_sim/" + route, json, {}, verb);
+        };
+        QCOMPARE(admin("GET", "requests").status, 401); // off: an ordinary path
+        service->setAdminEnabled(true);
+        service->clearRequests();
+        const QByteArray fault = R"({"method":"GET","path":"/echo","status":503,"times":1,)"
+                                 R"("headers":{"Retry-After":"7"}})";
+        QCOMPARE(admin("POST", "faults", fault).status, 204);
+        QCOMPARE(admin("POST", "faults", R"({"path":"/echo","delay":5})").status, 400);
+        const Result faulted = send("/echo?a=1", {}, bearer, "GET");
+        QCOMPARE(faulted.status, 503);
+        QVERIFY(faulted.headers.contains({"Retry-After", "7"}));
+        const Result listed = admin("GET", "requests");
+        const QJsonArray requests = QJsonDocument::fromJson(listed.body).array();
+        QCOMPARE(requests.size(), 1);
+        QCOMPARE(requests[0]["path"], "/echo");
+        QCOMPARE(requests[0]["query"], "a=1");
+        QCOMPARE(admin("DELETE", "requests").status, 204);
+        QVERIFY(service->requests().isEmpty());
+        QCOMPARE(admin("POST", "faults", QByteArray(fault).replace(R"("times":1,)", "")).status,
+                 204);
+        QCOMPARE(admin("DELETE", "faults").status, 204);
+        QCOMPARE(send("/echo", {}, bearer, "GET").status, 200);
     }
 
     void connectionNumbering()

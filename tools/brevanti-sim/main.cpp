@@ -9,7 +9,10 @@
 #include <QSslKey>
 #include <QTextStream>
 
+#include <chrono>
 #include <cstdlib>
+#include <limits>
+#include <optional>
 
 namespace {
 
@@ -25,6 +28,21 @@ QByteArray readFile(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         fail(QStringLiteral("cannot read %1: %2").arg(path, file.errorString()));
     return file.readAll();
+}
+
+// The value of option as a whole number from minimum up; the service's default when not given.
+std::optional<qint64> number(const QCommandLineParser &parser, const QCommandLineOption &option,
+                             qint64 minimum)
+{
+    if (!parser.isSet(option))
+        return std::nullopt;
+    bool ok = false;
+    const qint64 value = parser.value(option).toLongLong(&ok);
+    if (!ok || value < minimum || value > std::numeric_limits<int>::max())
+        fail(QStringLiteral("--%1 wants a whole number from %2 up")
+                     .arg(option.names().first())
+                     .arg(minimum));
+    return value;
 }
 
 QSslKey readKey(const QString &path)
@@ -79,8 +97,26 @@ int main(int argc, char *argv[])
     const QCommandLineOption keyOption(QStringLiteral("tls-key"),
                                        QStringLiteral("PEM private key of --tls-cert."),
                                        QStringLiteral("FILE"));
+    const QCommandLineOption idleOption(
+            QStringLiteral("idle-timeout"),
+            QStringLiteral("Close a connection once no byte has moved on it for this long; 0 "
+                           "never (default 30)."),
+            QStringLiteral("SECONDS"));
+    const QCommandLineOption requestLimitOption(
+            QStringLiteral("request-limit"),
+            QStringLiteral("Recorded requests kept, the most recent (default 10000)."),
+            QStringLiteral("N"));
+    const QCommandLineOption bodyLimitOption(
+            QStringLiteral("recorded-body-limit"),
+            QStringLiteral("Bytes kept of each recorded request body (default 65536)."),
+            QStringLiteral("BYTES"));
+    const QCommandLineOption adminOption(
+            QStringLiteral("admin"),
+            QStringLiteral("Serve the admin routes under /_sim/ (faults, recorded requests) to "
+                           "loopback clients."));
     parser.addOptions({portOption, clientOption, stateOption, lifetimeOption, hostOption,
-                       catalogueOption, certificateOption, keyOption});
+                       catalogueOption, certificateOption, keyOption, idleOption,
+                       requestLimitOption, bodyLimitOption, adminOption});
     parser.process(app);
 
     bool ok = false;
@@ -101,14 +137,18 @@ int main(int argc, char *argv[])
             fail(QStringLiteral("--client wants ID:SECRET, got %1").arg(client));
         service.addClient(client.left(colon), client.mid(colon + 1));
     }
-    if (parser.isSet(lifetimeOption)) {
-        const int lifetime = parser.value(lifetimeOption).toInt(&ok);
-        if (!ok || lifetime <= 0)
-            fail(QStringLiteral("--token-lifetime wants a positive number of seconds"));
-        service.setTokenLifetime(lifetime);
-    }
-    if (parser.isSet(stateOption))
-        service.setStateFile(parser.value(stateOption));
+    if (const auto lifetime = number(parser, lifetimeOption, 1))
+        service.setTokenLifetime(int(*lifetime));
+    if (const auto idle = number(parser, idleOption, 0))
+        service.setIdleTimeout(std::chrono::seconds(*idle));
+    if (const auto limit = number(parser, requestLimitOption, 1))
+        service.setRequestLimit(int(*limit));
+    if (const auto limit = number(parser, bodyLimitOption, 0))
+        service.setRecordedBodyLimit(*limit);
+    service.setAdminEnabled(parser.isSet(adminOption));
+    QString problem;
+    if (parser.isSet(stateOption) && !service.setStateFile(parser.value(stateOption), &problem))
+        fail(problem);
     if (parser.isSet(catalogueOption)) {
         const QString path = parser.value(catalogueOption);
         QJsonParseError parseError;

@@ -1,5 +1,11 @@
 #include "service.h"
 
+#include "admin.h"
+#include "answer.h"
+#include "framing.h"
+#include "idlewatch.h"
+#include "statefile.h"
+
 #include <QAbstractHttpServer>
 #include <QFile>
 #include <QHttpServerRequest>
@@ -10,7 +16,6 @@
 #include <QMetaEnum>
 #include <QPointer>
 #include <QRandomGenerator>
-#include <QSaveFile>
 #include <QSet>
 #include <QSslCertificate>
 #include <QSslConfiguration>
@@ -38,13 +43,6 @@ const char TokenScope[] = "brevanti-sdk";
 
 using Pairs = QList<QPair<QString, QString>>;
 
-// What a route answers; the service serialises it as compact JSON.
-struct Answer
-{
-    int status = 200;
-    QJsonDocument body;
-};
-
 struct Route
 {
     QByteArray method; // "*" matches every method
@@ -59,12 +57,6 @@ struct FaultEntry
     QString path;
     Fault fault;
 };
-
-Answer error(int status, const char *code, const QString &message)
-{
-    return {status,
-            QJsonDocument(QJsonObject{{"error", QLatin1String(code)}, {"message", message}})};
-}
 
 Answer deviceNotFound(const QString &uuid)
 {
@@ -105,38 +97,38 @@ bool uniqueKeys(const QJsonArray &objects)
     return true;
 }
 
-// Numbers connections in the order they are accepted, before the HTTP layer sees them.
-class NumberingServer : public QTcpServer
+using AcceptHook = std::function<void(QTcpSocket *)>;
+
+// Shows the service each connection as it is accepted, before the HTTP layer sees it.
+class PlainServer : public QTcpServer
 {
 public:
-    NumberingServer(int &accepted) : m_accepted(accepted) { }
+    explicit PlainServer(AcceptHook accepted) : m_accepted(std::move(accepted)) { }
 
 protected:
     void incomingConnection(qintptr descriptor) override
     {
         auto *socket = new QTcpSocket(this);
         socket->setSocketDescriptor(descriptor);
-        socket->setProperty(ConnectionProperty, ++m_accepted);
+        m_accepted(socket);
         addPendingConnection(socket);
     }
 
 private:
-    int &m_accepted;
+    AcceptHook m_accepted;
 };
 
-// NumberingServer over TLS. QAbstractHttpServer::sslSetup reaches only the servers its own listen()
-// makes, so a bound server has to encrypt by itself. Numbering at accept, before the handshake,
-// counts the connections a client rejects too.
-class TlsNumberingServer : public QSslServer
+// PlainServer over TLS. QAbstractHttpServer::sslSetup reaches only the servers its own listen()
+// makes, so a bound server has to encrypt by itself. Showing the connection at accept, before the
+// handshake, counts the connections a client rejects too.
+class TlsServer : public QSslServer
 {
 public:
-    TlsNumberingServer(int &accepted, const QSslConfiguration &configuration)
+    TlsServer(AcceptHook accepted, const QSslConfiguration &configuration)
     {
         setSslConfiguration(configuration);
         connect(this, &QSslServer::startedEncryptionHandshake, this,
-                [&accepted](QSslSocket *socket) {
-                    socket->setProperty(ConnectionProperty, ++accepted);
-                });
+                [accepted = std::move(accepted)](QSslSocket *socket) { accepted(socket); });
     }
 };
 
@@ -260,6 +252,16 @@ QByteArray reasonPhrase(int status)
         return "Created";
     case 204:
         return "No Content";
+    case 301:
+        return "Moved Permanently";
+    case 302:
+        return "Found";
+    case 303:
+        return "See Other";
+    case 307:
+        return "Temporary Redirect";
+    case 308:
+        return "Permanent Redirect";
     case 400:
         return "Bad Request";
     case 401:
@@ -268,6 +270,8 @@ QByteArray reasonPhrase(int status)
         return "Forbidden";
     case 404:
         return "Not Found";
+    case 405:
+        return "Method Not Allowed";
     case 409:
         return "Conflict";
     case 422:
@@ -285,6 +289,53 @@ QByteArray reasonPhrase(int status)
     default:
         return "Status " + QByteArray::number(status);
     }
+}
+
+// Everything the service sends back for one request.
+struct Reply
+{
+    int status = 200;
+    QByteArray contentType = "application/json";
+    QList<QPair<QByteArray, QByteArray>> headers;
+    QByteArray body;
+    bool dropConnection = false;
+    bool truncateBody = false;
+    bool stallAfterHalf = false; // a truncated body leaves the connection open, silent
+    bool close = false;          // the connection ends after this answer
+    int delayMs = 0;             // sent this much later
+};
+
+Reply replyOf(const Answer &answer)
+{
+    Reply reply;
+    reply.status = answer.status;
+    reply.body = answer.body.toJson(QJsonDocument::Compact);
+    reply.headers = answer.headers;
+    return reply;
+}
+
+void respond(QTcpSocket *socket, const QByteArray &method, const Reply &reply)
+{
+    if (reply.dropConnection) {
+        socket->abort();
+        return;
+    }
+    QByteArray head = "HTTP/1.1 " + QByteArray::number(reply.status) + ' '
+            + reasonPhrase(reply.status) + "\r\n";
+    // A 204 has no body, so it announces neither a length nor a type.
+    const bool hasBody = reply.status != 204;
+    if (hasBody)
+        head += "Content-Type: " + reply.contentType
+                + "\r\nContent-Length: " + QByteArray::number(reply.body.size()) + "\r\n";
+    for (const auto &[name, value] : reply.headers)
+        head += name + ": " + value + "\r\n";
+    if (reply.close)
+        head += "Connection: close\r\n";
+    socket->write(head + "\r\n");
+    if (hasBody && method != "HEAD")
+        socket->write(reply.truncateBody ? reply.body.left(reply.body.size() / 2) : reply.body);
+    if ((reply.truncateBody && !reply.stallAfterHalf) || reply.close)
+        socket->disconnectFromHost(); // still sends what was written
 }
 
 QString reachableHost(const QHostAddress &address)
@@ -313,7 +364,11 @@ class ServicePrivate
 public:
     explicit ServicePrivate(Service *service);
 
+    void accept(QTcpSocket *socket);
     void handle(const QHttpServerRequest &request, QTcpSocket *socket);
+    Reply serve(const RecordedRequest &request, QTcpSocket *socket);
+    void record(RecordedRequest request);
+    void trimRequests();
     std::optional<Fault> takeFault(const RecordedRequest &request);
     Answer dispatch(const RecordedRequest &request);
     bool bearerValid(const RecordedRequest &request) const;
@@ -329,11 +384,15 @@ public:
 
     QJsonArray preferenceDocument(const QString &uuid) const;
 
-    void loadState();
-    void saveState() const;
+    void dropExpiredTokens();
+    void loadState(const QJsonObject &state);
+    void saveState();
 
     Service *q;
-    int connections = 0; // outlives front, whose server counts into it
+    AdminRoutes admin;
+    bool adminEnabled = false;
+    int connections = 0; // outlives front, whose servers count into it
+    std::chrono::milliseconds idleTimeout = std::chrono::seconds(30);
     HttpFront front;
     QTcpServer *tcp = nullptr; // owned by front
     QList<Route> routes;
@@ -350,10 +409,14 @@ public:
     QString stateFile;
     QList<FaultEntry> faults;
     QList<RecordedRequest> requests;
+    int requestLimit = 10000;
+    qsizetype recordedBodyLimit = 64 * 1024;
 };
 
 ServicePrivate::ServicePrivate(Service *service)
-    : q(service), front([this](const QHttpServerRequest &request, QTcpSocket *socket) {
+    : q(service),
+      admin(*service),
+      front([this](const QHttpServerRequest &request, QTcpSocket *socket) {
           handle(request, socket);
       })
 {
@@ -384,8 +447,17 @@ ServicePrivate::ServicePrivate(Service *service)
         catalogue = QJsonDocument::fromJson(defaults.readAll()).array();
 }
 
+void ServicePrivate::accept(QTcpSocket *socket)
+{
+    socket->setProperty(ConnectionProperty, ++connections);
+    IdleWatch::watch(socket, idleTimeout);
+}
+
 void ServicePrivate::handle(const QHttpServerRequest &request, QTcpSocket *socket)
 {
+    // The HTTP layer may still hand over what followed a request the service closed for.
+    if (socket->state() != QAbstractSocket::ConnectedState)
+        return;
     RecordedRequest recorded;
     recorded.method = methodName(request.method());
     recorded.path = request.url().path(QUrl::FullyEncoded);
@@ -393,43 +465,72 @@ void ServicePrivate::handle(const QHttpServerRequest &request, QTcpSocket *socke
     recorded.headers = request.headers();
     recorded.body = request.body();
     recorded.connection = socket->property(ConnectionProperty).toInt();
-    requests.append(recorded);
-    Q_EMIT q->requestRecorded(int(requests.size() - 1));
 
-    const Fault fault = takeFault(recorded).value_or(Fault());
-    int status = fault.status ? fault.status : 200;
-    QByteArray body = fault.body.isNull() ? QByteArrayLiteral(R"({"error":"fault"})") : fault.body;
-    if (!fault.status && fault.body.isNull() && !fault.dropConnection) {
-        const Answer answer = dispatch(recorded);
-        status = answer.status;
-        body = answer.body.toJson(QJsonDocument::Compact);
-    }
-    const QByteArray contentType =
-            fault.contentType.isNull() ? QByteArrayLiteral("application/json") : fault.contentType;
-
-    const auto act = [socket = QPointer<QTcpSocket>(socket), method = recorded.method, fault,
-                      status, contentType, body]() {
+    const Reply reply = serve(recorded, socket);
+    IdleWatch::hold(socket);
+    const auto act = [socket = QPointer<QTcpSocket>(socket), method = recorded.method, reply]() {
         if (!socket || socket->state() != QAbstractSocket::ConnectedState)
             return;
-        if (fault.dropConnection) {
-            socket->abort();
-            return;
-        }
-        socket->write("HTTP/1.1 " + QByteArray::number(status) + ' ' + reasonPhrase(status)
-                      + "\r\nContent-Type: " + contentType
-                      + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n");
-        for (const auto &[name, value] : fault.headers)
-            socket->write(name + ": " + value + "\r\n");
-        socket->write("\r\n");
-        if (method != "HEAD")
-            socket->write(fault.truncateBody ? body.left(body.size() / 2) : body);
-        if (fault.truncateBody && !fault.stallAfterHalf)
-            socket->disconnectFromHost(); // still sends what was written
+        IdleWatch::release(socket);
+        respond(socket, method, reply);
     };
-    if (fault.delayMs > 0)
-        QTimer::singleShot(fault.delayMs, &front, act);
+    if (reply.delayMs > 0)
+        QTimer::singleShot(reply.delayMs, &front, act);
     else
         act();
+}
+
+Reply ServicePrivate::serve(const RecordedRequest &request, QTcpSocket *socket)
+{
+    const bool adminRequest = adminEnabled && AdminRoutes::covers(request.path);
+    if (!adminRequest)
+        record(request);
+    if (const QString problem = framingProblem(request.headers); !problem.isEmpty()) {
+        Reply reply = replyOf(error(400, "bad_framing", problem));
+        reply.close = true;
+        return reply;
+    }
+    Reply reply;
+    if (adminRequest) {
+        // Only the machine itself may change how the service behaves.
+        reply = replyOf(socket->peerAddress().isLoopback()
+                                ? admin.answer(request)
+                                : error(403, "forbidden",
+                                        QStringLiteral("The admin routes answer loopback only.")));
+    } else if (const std::optional<Fault> fault = takeFault(request)) {
+        if (fault->status || !fault->body.isNull() || fault->dropConnection) {
+            reply.status = fault->status ? fault->status : 200;
+            reply.body =
+                    fault->body.isNull() ? QByteArrayLiteral(R"({"error":"fault"})") : fault->body;
+        } else {
+            reply = replyOf(dispatch(request));
+        }
+        if (!fault->contentType.isNull())
+            reply.contentType = fault->contentType;
+        reply.headers += fault->headers;
+        reply.dropConnection = fault->dropConnection;
+        reply.truncateBody = fault->truncateBody;
+        reply.stallAfterHalf = fault->stallAfterHalf;
+        reply.delayMs = fault->delayMs;
+    } else {
+        reply = replyOf(dispatch(request));
+    }
+    reply.close = wantsClose(request.headers);
+    return reply;
+}
+
+void ServicePrivate::record(RecordedRequest request)
+{
+    request.body = request.body.left(recordedBodyLimit);
+    requests.append(std::move(request));
+    trimRequests();
+    Q_EMIT q->requestRecorded(int(requests.size() - 1));
+}
+
+void ServicePrivate::trimRequests()
+{
+    if (requests.size() > requestLimit)
+        requests.remove(0, requests.size() - requestLimit);
 }
 
 std::optional<Fault> ServicePrivate::takeFault(const RecordedRequest &request)
@@ -497,6 +598,7 @@ Answer ServicePrivate::issueToken(const RecordedRequest &request)
     const QByteArray token =
             QByteArray(reinterpret_cast<const char *>(words), sizeof words).toHex();
     const qint64 createdAt = q->now().toSecsSinceEpoch();
+    dropExpiredTokens();
     tokens.insert(token, createdAt + tokenLifetime);
     saveState();
     return {200,
@@ -671,19 +773,15 @@ QJsonArray ServicePrivate::preferenceDocument(const QString &uuid) const
     return document;
 }
 
-void ServicePrivate::loadState()
+// Expired tokens are never valid again, so a long run would only pile them up.
+void ServicePrivate::dropExpiredTokens()
 {
-    QFile file(stateFile);
-    if (!file.open(QIODevice::ReadOnly))
-        return; // no state yet
-    QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &parseError);
-    if (!document.isObject()) {
-        qCWarning(lcSim) << "ignoring unreadable state file" << stateFile
-                         << parseError.errorString();
-        return;
-    }
-    const QJsonObject state = document.object();
+    const qint64 now = q->now().toSecsSinceEpoch();
+    tokens.removeIf([now](const auto &token) { return token.value() <= now; });
+}
+
+void ServicePrivate::loadState(const QJsonObject &state)
+{
     const QJsonObject savedTokens = state.value(QLatin1String("tokens")).toObject();
     for (auto it = savedTokens.begin(); it != savedTokens.end(); ++it)
         tokens.insert(it.key().toLatin1(), it.value().toInteger());
@@ -713,10 +811,11 @@ void ServicePrivate::loadState()
     preferences = state.value(QLatin1String("preferences")).toObject();
 }
 
-void ServicePrivate::saveState() const
+void ServicePrivate::saveState()
 {
     if (stateFile.isEmpty())
         return;
+    dropExpiredTokens();
     QJsonObject savedTokens;
     for (auto it = tokens.cbegin(); it != tokens.cend(); ++it)
         savedTokens.insert(QString::fromLatin1(it.key()), it.value());
@@ -728,10 +827,9 @@ void ServicePrivate::saveState() const
                             {"device_order", QJsonArray::fromStringList(deviceOrder)},
                             {"users", QJsonArray::fromStringList(users)},
                             {"preferences", preferences}};
-    QSaveFile file(stateFile);
-    if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(state).toJson()) < 0
-        || !file.commit())
-        qCWarning(lcSim) << "cannot write state file" << stateFile << file.errorString();
+    QString problem;
+    if (!writeStateFile(stateFile, state, &problem))
+        qCWarning(lcSim) << "cannot write state file" << stateFile << problem;
 }
 
 Service::Service(QObject *parent) : QObject(parent), d(std::make_unique<ServicePrivate>(this)) { }
@@ -750,7 +848,9 @@ bool ServicePrivate::start(std::unique_ptr<QTcpServer> server, const QHostAddres
 
 bool Service::listen(const QHostAddress &address, quint16 port)
 {
-    return d->start(std::make_unique<NumberingServer>(d->connections), address, port);
+    return d->start(
+            std::make_unique<PlainServer>([this](QTcpSocket *socket) { d->accept(socket); }),
+            address, port);
 }
 
 bool Service::listenTls(const QSslCertificate &certificate, const QSslKey &key,
@@ -761,8 +861,9 @@ bool Service::listenTls(const QSslCertificate &certificate, const QSslKey &key,
     QSslConfiguration configuration;
     configuration.setLocalCertificate(certificate);
     configuration.setPrivateKey(key);
-    return d->start(std::make_unique<TlsNumberingServer>(d->connections, configuration), address,
-                    port);
+    return d->start(std::make_unique<TlsServer>([this](QTcpSocket *socket) { d->accept(socket); },
+                                                configuration),
+                    address, port);
 }
 
 quint16 Service::port() const
@@ -806,10 +907,14 @@ QDateTime Service::now() const
     return d->clock ? *d->clock : QDateTime::currentDateTimeUtc();
 }
 
-void Service::setStateFile(const QString &path)
+bool Service::setStateFile(const QString &path, QString *errorMessage)
 {
+    const std::optional<QJsonObject> state = readStateFile(path, errorMessage);
+    if (!state)
+        return false;
+    d->loadState(*state);
     d->stateFile = path;
-    d->loadState();
+    return true;
 }
 
 QJsonObject Service::device(const QString &uuid) const
@@ -869,6 +974,27 @@ QList<RecordedRequest> Service::requests() const
 void Service::clearRequests()
 {
     d->requests.clear();
+}
+
+void Service::setRequestLimit(int count)
+{
+    d->requestLimit = std::max(count, 1);
+    d->trimRequests();
+}
+
+void Service::setRecordedBodyLimit(qsizetype bytes)
+{
+    d->recordedBodyLimit = std::max<qsizetype>(bytes, 0);
+}
+
+void Service::setIdleTimeout(std::chrono::milliseconds timeout)
+{
+    d->idleTimeout = timeout;
+}
+
+void Service::setAdminEnabled(bool enabled)
+{
+    d->adminEnabled = enabled;
 }
 
 int Service::connectionCount() const

@@ -12,6 +12,7 @@
 #include <QStringList>
 #include <QUrl>
 
+#include <chrono>
 #include <memory>
 
 class QSslCertificate;
@@ -26,8 +27,8 @@ struct RecordedRequest
     QString path;      // percent-encoded path as received, without the query
     QByteArray query;  // percent-encoded query as received, without '?'; empty when none
     QList<QPair<QByteArray, QByteArray>> headers; // every header, name as sent
-    QByteArray body;                              // raw body bytes
-    int connection = 0;                           // 1-based number of the TCP connection it came on
+    QByteArray body;    // raw body bytes, cut to the recorded-body limit (Content-Length tells all)
+    int connection = 0; // 1-based number of the TCP connection it came on
 
     // Value of a header, name compared case-insensitively; a null QByteArray when absent.
     QByteArray header(const QByteArray &name) const;
@@ -74,8 +75,11 @@ public:
     void clearClock();                   // back to the system clock
     QDateTime now() const;
 
-    // JSON file the service loads at start (when it exists) and rewrites after every change.
-    void setStateFile(const QString &path);
+    // JSON file the service loads now (when it exists) and rewrites after every change, readable
+    // by its owner alone. Returns false, with the reason in *errorMessage, leaving the file alone
+    // and keeping no state file, when the file is not one the service wrote or the path cannot be
+    // written.
+    bool setStateFile(const QString &path, QString *errorMessage = nullptr);
 
     // The registered device with every member ("user" and "push_token" null when unset); an
     // empty object when the uuid is unknown.
@@ -96,11 +100,27 @@ public:
     void setFault(const QByteArray &method, const QString &path, const Fault &fault);
     void clearFaults();
 
+    // Closes connections accepted from now on once no byte has moved on them for timeout, except
+    // while the service holds an answer (a delay fault); zero never closes. Default 30 s.
+    void setIdleTimeout(std::chrono::milliseconds timeout);
+    // Serves the routes under "/_sim/" to loopback clients: POST /_sim/faults (a fault as JSON),
+    // DELETE /_sim/faults, GET /_sim/requests, DELETE /_sim/requests. They are neither recorded
+    // nor bearer-checked, and no fault applies to them. Off by default: then "/_sim/..." is an
+    // ordinary path.
+    void setAdminEnabled(bool enabled);
+
+    // The request record keeps the most recent count requests (at least 1; default 10000) and
+    // at most bytes of each body (default 64 KiB), so that a long run stays bounded.
+    void setRequestLimit(int count);
+    void setRecordedBodyLimit(qsizetype bytes);
     QList<RecordedRequest> requests() const;
     void clearRequests();
     int connectionCount() const; // TCP connections accepted since start
 
 Q_SIGNALS:
+    // A request was recorded: it is requests().at(index) while the signal is emitted. Once the
+    // record is full the oldest request is dropped first, so the index then stays one less than
+    // the request limit, and every earlier request moves down by one.
     void requestRecorded(int index);
 
 private:

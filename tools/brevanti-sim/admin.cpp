@@ -1,0 +1,129 @@
+#include "admin.h"
+
+#include "service.h"
+
+#include <QHash>
+#include <QJsonArray>
+
+namespace bvtsim {
+
+namespace {
+
+const char Prefix[] = "/_sim/";
+
+Answer done()
+{
+    return {204, QJsonDocument()};
+}
+
+Answer methodNotAllowed(const QByteArray &allowed)
+{
+    Answer answer = error(405, "method_not_allowed", QStringLiteral("Allowed: ") + allowed);
+    answer.headers = {{"Allow", allowed}};
+    return answer;
+}
+
+// Header values are Latin-1 on the wire; bodies are shown as UTF-8 text.
+QJsonObject requestJson(const RecordedRequest &request)
+{
+    QJsonArray headers;
+    for (const auto &[name, value] : request.headers)
+        headers.append(QJsonArray{QString::fromLatin1(name), QString::fromLatin1(value)});
+    return {{"method", QString::fromLatin1(request.method)}, {"path", request.path},
+            {"query", QString::fromLatin1(request.query)},   {"headers", headers},
+            {"body", QString::fromUtf8(request.body)},       {"connection", request.connection}};
+}
+
+// The members of a fault, spelt as the JSON of the admin routes, with their types.
+const QHash<QString, QJsonValue::Type> &faultMembers()
+{
+    static const QHash<QString, QJsonValue::Type> members{
+            {"method", QJsonValue::String},        {"path", QJsonValue::String},
+            {"delay_ms", QJsonValue::Double},      {"status", QJsonValue::Double},
+            {"body", QJsonValue::String},          {"content_type", QJsonValue::String},
+            {"drop_connection", QJsonValue::Bool}, {"truncate_body", QJsonValue::Bool},
+            {"times", QJsonValue::Double},         {"headers", QJsonValue::Object},
+            {"stall_after_half", QJsonValue::Bool}};
+    return members;
+}
+
+// A present string member as bytes, empty but not null when it is "", so that it still counts.
+QByteArray bytesOf(const QJsonObject &object, const char *member)
+{
+    const QJsonValue value = object.value(QLatin1String(member));
+    return value.isString() ? QByteArray("").append(value.toString().toUtf8()) : QByteArray();
+}
+
+} // namespace
+
+bool AdminRoutes::covers(const QString &path)
+{
+    return path.startsWith(QLatin1String(Prefix));
+}
+
+Answer AdminRoutes::answer(const RecordedRequest &request) const
+{
+    const QString route = request.path.mid(int(qstrlen(Prefix)));
+    if (route == QLatin1String("faults")) {
+        if (request.method == "POST")
+            return setFault(request.body);
+        if (request.method != "DELETE")
+            return methodNotAllowed("POST, DELETE");
+        m_service.clearFaults();
+        return done();
+    }
+    if (route == QLatin1String("requests")) {
+        if (request.method == "GET") {
+            QJsonArray requests;
+            for (const RecordedRequest &recorded : m_service.requests())
+                requests.append(requestJson(recorded));
+            return {200, QJsonDocument(requests)};
+        }
+        if (request.method != "DELETE")
+            return methodNotAllowed("GET, DELETE");
+        m_service.clearRequests();
+        return done();
+    }
+    return error(404, "not_found", QStringLiteral("There is no such admin route."));
+}
+
+Answer AdminRoutes::setFault(const QByteArray &json) const
+{
+    const auto invalid = [](const QString &message) {
+        return error(400, "invalid_fault", message);
+    };
+    QJsonParseError parseError;
+    const QJsonObject object = QJsonDocument::fromJson(json, &parseError).object();
+    if (parseError.error != QJsonParseError::NoError)
+        return invalid(QStringLiteral("The body is not JSON: ") + parseError.errorString());
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        if (faultMembers().value(it.key(), QJsonValue::Undefined) != it.value().type())
+            return invalid(QStringLiteral("%1 is not a member of a fault, or not of its type.")
+                                   .arg(it.key()));
+    }
+    const QString path = object.value(QLatin1String("path")).toString();
+    if (!path.startsWith(QLatin1Char('/')))
+        return invalid(QStringLiteral("path must be given and begin with /."));
+
+    Fault fault;
+    fault.delayMs = object.value(QLatin1String("delay_ms")).toInt();
+    fault.status = object.value(QLatin1String("status")).toInt();
+    fault.body = bytesOf(object, "body");
+    fault.contentType = bytesOf(object, "content_type");
+    fault.dropConnection = object.value(QLatin1String("drop_connection")).toBool();
+    fault.truncateBody = object.value(QLatin1String("truncate_body")).toBool();
+    fault.stallAfterHalf = object.value(QLatin1String("stall_after_half")).toBool();
+    fault.times = object.value(QLatin1String("times")).toInt(-1);
+    const QJsonObject headers = object.value(QLatin1String("headers")).toObject();
+    for (auto it = headers.begin(); it != headers.end(); ++it) {
+        if (!it.value().isString())
+            return invalid(QStringLiteral("The header %1 is not a string.").arg(it.key()));
+        fault.headers.append({it.key().toLatin1(), it.value().toString().toLatin1()});
+    }
+    m_service.setFault(
+            object.value(QLatin1String("method")).toString(QStringLiteral("*")).toLatin1(), path,
+            fault);
+    return done();
+}
+
+} // namespace bvtsim
