@@ -1,9 +1,9 @@
 // The token endpoint's answer as the library reads it: judged as a 200 JSON answer and, when
 // accepted, read as a token, with every top-level member read as an integer as well. Any input must
 // be read without a crash, and the token's expiry is always a date: its two parts are 32-bit.
-#include "client/integervalue.h"
 #include "client/jsonresponse.h"
 #include "client/tokenresponse.h"
+#include "core/integervalue.h"
 
 #include <QVariantList>
 #include <QVariantMap>

@@ -15,6 +15,8 @@
 class BVTManager : public std::enable_shared_from_this<BVTManager>
 {
 public:
+    // Configuration and properties (client/BVTManager.cpp).
+
     // Builds a manager holding the credentials and the service's base URL, then starts the device's
     // registration (initDevice). The launch options are accepted and ignored; the credentials are
     // not checked until the first token request.
@@ -39,15 +41,17 @@ public:
     QString current_user() const;
     void setCurrent_user(const QString &currentUser);
 
+    // The access token (client/accesstoken.cpp).
+
     // Makes sure a valid access token is held, fetching one when none is. success receives
     // {"message": "Existing access token"} or {"message": "Updated access token"}; failure
     // receives the failed token request's error. At most one of them is called, once, later or
     // (for a valid token) at once.
     void verifyAuthenticated(const BVTSuccessBlock &success, const BVTErrorBlock &failure);
 
-    // Authenticated requests. The path is appended to origin as it stands; the parameters go
-    // form-encoded into the query (GET) or the body (POST, PATCH). When no token can be had only a
-    // log line is written and neither callback is called.
+    // Authenticated requests (client/authenticatedrequests.cpp). The path is appended to origin as
+    // it stands; the parameters go form-encoded into the query (GET) or the body (POST, PATCH).
+    // When no token can be had only a log line is written and neither callback is called.
     void getUrl(const QString &path, const BVTParameters &parameters,
                 const BVTSuccessBlock &success, const BVTFailureBlock &failure);
     void postUrl(const QString &path, const BVTParameters &parameters,
@@ -55,10 +59,10 @@ public:
     void patchUrl(const QString &path, const BVTParameters &parameters,
                   const BVTSuccessBlock &success, const BVTFailureBlock &failure);
 
-    // The identifier store: three strings kept in the application's settings between launches.
-    // The device identifier is written once (a second one is refused and logged); the user
-    // identifier and the device token are overwritten. A number stored reads back as its decimal
-    // text; a null value removes the entry.
+    // The identifier store (device/identifierstore.cpp): three strings kept in the application's
+    // settings between launches. The device identifier is written once (a second one is refused and
+    // logged); the user identifier and the device token are overwritten. A number stored reads back
+    // as its decimal text; a null value removes the entry.
     void setBVTDeviceId(const QVariant &identifier);
     QString getBVTDeviceId() const;
     void clearBVTDeviceId();
@@ -73,8 +77,11 @@ public:
     QString currentDeviceToken() const;
     void setCurrentDeviceToken(const QString &token);
 
-    // {"device": {"os", "os_version", "model", "manufacturer"}}, as the registration sends it.
+    // The device description (device/devicedescription.cpp): {"device": {"os", "os_version",
+    // "model", "manufacturer"}}, as the registration sends it.
     BVTParameters deviceParams() const;
+
+    // Registration and assignment (device/registration.cpp).
 
     // Registers the device with the service unless an identifier is stored, and stores the one the
     // service issues before calling success. With an identifier stored, only a log line is written

@@ -1,12 +1,7 @@
 #include <Brevanti/BVTManager.h>
 
-#include "log.h"
+#include "core/log.h"
 #include "origin.h"
-
-QString bvt::serviceOrigin()
-{
-    return QStringLiteral(BREVANTI_ORIGIN);
-}
 
 BVTManager::BVTManager() = default;
 BVTManager::~BVTManager() = default;

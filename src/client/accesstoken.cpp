@@ -1,9 +1,9 @@
 #include <Brevanti/BVTManager.h>
 
-#include "clock.h"
+#include "core/clock.h"
+#include "core/log.h"
 #include "formencoder.h"
 #include "httpclient.h"
-#include "log.h"
 #include "tokenresponse.h"
 
 void BVTManager::verifyAuthenticated(const BVTSuccessBlock &success, const BVTErrorBlock &failure)

@@ -1,8 +1,8 @@
 #include <Brevanti/BVTManager.h>
 
+#include "core/log.h"
 #include "formencoder.h"
 #include "httpclient.h"
-#include "log.h"
 #include "origin.h"
 
 void BVTManager::getUrl(const QString &path, const BVTParameters &parameters,

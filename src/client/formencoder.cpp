@@ -1,6 +1,6 @@
 #include "formencoder.h"
 
-#include "log.h"
+#include "core/log.h"
 
 #include <algorithm>
 

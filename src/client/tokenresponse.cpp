@@ -1,7 +1,7 @@
 #include "tokenresponse.h"
 
-#include "integervalue.h"
-#include "log.h"
+#include "core/integervalue.h"
+#include "core/log.h"
 
 #include <QVariantMap>
 

@@ -1,8 +1,8 @@
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTManager.h>
 
+#include "core/device.h"
 #include "devicedescription.h"
-#include "platform/device.h"
 
 #include <QRegularExpression>
 #include <QStringDecoder>

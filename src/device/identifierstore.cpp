@@ -1,7 +1,7 @@
 #include <Brevanti/BVTManager.h>
 
-#include "client/log.h"
-#include "platform/userdefaults.h"
+#include "core/log.h"
+#include "core/userdefaults.h"
 
 namespace {
 

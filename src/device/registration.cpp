@@ -1,7 +1,7 @@
 #include <Brevanti/BVTManager.h>
 
-#include "client/log.h"
-#include "deviceguard.h"
+#include "core/deviceguard.h"
+#include "core/log.h"
 
 #include <stdexcept>
 

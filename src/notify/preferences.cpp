@@ -1,7 +1,7 @@
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
 
-#include "device/deviceguard.h"
+#include "core/deviceguard.h"
 
 #include <stdexcept>
 

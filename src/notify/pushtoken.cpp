@@ -2,8 +2,8 @@
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
 
-#include "client/log.h"
-#include "device/deviceguard.h"
+#include "core/deviceguard.h"
+#include "core/log.h"
 
 QString BVTNotify::stringWithDeviceToken(const QVariant &deviceToken)
 {

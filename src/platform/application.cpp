@@ -1,11 +1,9 @@
 #include <Brevanti/Application.h>
 #include <Brevanti/NavigationController.h>
 
-#include <QLoggingCategory>
+#include "core/logging.h"
 
 namespace bvt {
-
-Q_LOGGING_CATEGORY(lcPlatform, "brevanti.platform")
 
 Application &Application::sharedApplication()
 {

@@ -1,6 +1,7 @@
 #include <Brevanti/TableView.h>
 
-#include <QLoggingCategory>
+#include "core/logging.h"
+
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -10,8 +11,6 @@
 #include <algorithm>
 
 namespace bvt {
-
-Q_DECLARE_LOGGING_CATEGORY(lcPlatform)
 
 namespace {
 

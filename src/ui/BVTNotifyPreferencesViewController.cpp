@@ -4,7 +4,7 @@
 #include <Brevanti/PopupController.h>
 #include <Brevanti/Screen.h>
 
-#include "client/log.h"
+#include "core/log.h"
 #include "popupcard.h"
 #include "preferencesstyle.h"
 

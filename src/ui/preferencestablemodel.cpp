@@ -3,21 +3,19 @@
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
 
-#include "client/integervalue.h"
-#include "client/log.h"
+#include "core/integervalue.h"
+#include "core/log.h"
+#include "core/logging.h"
 #include "preferencesstyle.h"
 
 #include <QEvent>
 #include <QLabel>
-#include <QLoggingCategory>
 #include <QPainter>
 #include <QtMath>
 
 #include <stdexcept>
 
 namespace {
-
-Q_LOGGING_CATEGORY(lcUi, "brevanti.ui")
 
 // A document's text member as shown: text as it is, a number as its decimal text, else absent.
 QString textOf(const QVariant &value)
@@ -218,6 +216,6 @@ void BVTNotifyPreferencesViewController::switchChanged(BVTNotifySwitch *sender)
     } catch (const std::invalid_argument &error) {
         // A row whose document lacked a key: nothing can be sent for it, and an exception must
         // not cross Qt's event loop.
-        qCWarning(lcUi) << "switch not sent:" << error.what();
+        qCWarning(bvt::lcUi) << "switch not sent:" << error.what();
     }
 }

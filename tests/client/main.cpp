@@ -2,7 +2,7 @@
 #include "tst_formencoding.h"
 #include "tst_requests.h"
 
-#include "platform/userdefaults.h"
+#include "core/userdefaults.h"
 
 #include <QCoreApplication>
 #include <QStandardPaths>

@@ -1,6 +1,6 @@
 #include "tst_accesstoken.h"
 
-#include "client/clock.h"
+#include "core/clock.h"
 
 #include <Brevanti/BVTManager.h>
 

@@ -1,10 +1,10 @@
 #include "localservice.h"
 #include "logcapture.h"
 
-#include "client/log.h"
+#include "core/device.h"
+#include "core/log.h"
+#include "core/userdefaults.h"
 #include "device/devicedescription.h"
-#include "platform/device.h"
-#include "platform/userdefaults.h"
 
 #include <Brevanti/BVT.h>
 

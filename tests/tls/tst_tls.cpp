@@ -2,7 +2,7 @@
 #include "logcapture.h"
 
 #include "client/origin.h"
-#include "platform/userdefaults.h"
+#include "core/userdefaults.h"
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTManager.h>

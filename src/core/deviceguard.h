@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client/log.h"
+#include "log.h"
 
 #include <QString>
 

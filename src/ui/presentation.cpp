@@ -8,7 +8,7 @@
 #include <Brevanti/PopupController.h>
 #include <Brevanti/TabBarController.h>
 
-#include "client/log.h"
+#include "core/log.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "userdefaults.h"
 
-#include "client/log.h"
+#include "log.h"
 
 #include <QDataStream>
 #include <QDir>

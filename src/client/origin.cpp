@@ -1,0 +1,10 @@
+#include "origin.h"
+
+namespace bvt {
+
+QString serviceOrigin()
+{
+    return QStringLiteral(BREVANTI_ORIGIN);
+}
+
+} // namespace bvt

@@ -1,0 +1,8 @@
+#include "logging.h"
+
+namespace bvt {
+
+Q_LOGGING_CATEGORY(lcPlatform, "brevanti.platform")
+Q_LOGGING_CATEGORY(lcUi, "brevanti.ui")
+
+} // namespace bvt
