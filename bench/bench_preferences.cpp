@@ -2,8 +2,9 @@
 // phone, offscreen: the time to load the document and paint the first screen, the cell widgets
 // that takes, and the cell widgets created while scrolling from top to bottom.
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
-#include <Brevanti/NavigationController.h>
-#include <Brevanti/Screen.h>
+#include <Brevanti/platform/NavigationController.h>
+#include <Brevanti/platform/Screen.h>
+#include <Brevanti/platform/Window.h>
 
 #include <QApplication>
 #include <QElapsedTimer>

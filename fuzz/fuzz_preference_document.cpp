@@ -3,8 +3,9 @@
 // screen serves every input; once it holds more than maxCategories categories it is replaced, so
 // that the table's size (and the time per input) stays bounded.
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
-#include <Brevanti/NavigationController.h>
-#include <Brevanti/Screen.h>
+#include <Brevanti/platform/NavigationController.h>
+#include <Brevanti/platform/Screen.h>
+#include <Brevanti/platform/Window.h>
 
 #include <QApplication>
 #include <QJsonDocument>

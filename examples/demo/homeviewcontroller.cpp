@@ -2,7 +2,7 @@
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
-#include <Brevanti/NavigationController.h>
+#include <Brevanti/platform/NavigationController.h>
 
 #include <QAction>
 #include <QApplication>

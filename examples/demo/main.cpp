@@ -8,8 +8,9 @@
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
-#include <Brevanti/NavigationController.h>
-#include <Brevanti/Screen.h>
+#include <Brevanti/platform/NavigationController.h>
+#include <Brevanti/platform/Screen.h>
+#include <Brevanti/platform/Window.h>
 
 #include <QApplication>
 #include <QCommandLineParser>

@@ -4,7 +4,8 @@
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotifySwitch.h>
-#include <Brevanti/NavigationController.h>
+#include <Brevanti/platform/NavigationController.h>
+#include <Brevanti/platform/Window.h>
 
 #include <QAction>
 #include <QCoreApplication>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <Brevanti/BVTNotifySwitch.h>
-#include <Brevanti/TableView.h>
-#include <Brevanti/ViewController.h>
+#include <Brevanti/platform/TableView.h>
+#include <Brevanti/platform/ViewController.h>
 
 #include <QVariantList>
 

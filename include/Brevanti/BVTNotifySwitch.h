@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Brevanti/Switch.h>
+#include <Brevanti/platform/Switch.h>
 
 #include <QString>
 

@@ -1,6 +1,6 @@
-#include <Brevanti/Application.h>
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
+#include <Brevanti/platform/Application.h>
 
 #include "core/deviceguard.h"
 #include "core/log.h"

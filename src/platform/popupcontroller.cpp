@@ -1,4 +1,4 @@
-#include <Brevanti/PopupController.h>
+#include <Brevanti/platform/PopupController.h>
 
 #include <QEvent>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include <Brevanti/Screen.h>
+#include <Brevanti/platform/Screen.h>
 
 #include <QGuiApplication>
 #include <QScreen>

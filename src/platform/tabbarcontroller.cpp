@@ -1,4 +1,4 @@
-#include <Brevanti/TabBarController.h>
+#include <Brevanti/platform/TabBarController.h>
 
 #include <QStackedWidget>
 #include <QTabBar>

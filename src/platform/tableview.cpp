@@ -1,4 +1,4 @@
-#include <Brevanti/TableView.h>
+#include <Brevanti/platform/TableView.h>
 
 #include "core/logging.h"
 

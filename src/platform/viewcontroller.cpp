@@ -1,7 +1,8 @@
-#include <Brevanti/ViewController.h>
+#include <Brevanti/platform/ViewController.h>
 
 // Complete types for the QPointer members.
-#include <Brevanti/PopupController.h>
+#include <Brevanti/platform/NavigationController.h>
+#include <Brevanti/platform/PopupController.h>
 
 #include <QEvent>
 #include <QResizeEvent>

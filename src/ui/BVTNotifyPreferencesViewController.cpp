@@ -1,8 +1,10 @@
 // The preferences screen: its making, its lifecycle and its layout.
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
-#include <Brevanti/PopupController.h>
-#include <Brevanti/Screen.h>
+#include <Brevanti/platform/ActivityIndicatorView.h>
+#include <Brevanti/platform/PopupController.h>
+#include <Brevanti/platform/Screen.h>
+#include <Brevanti/platform/ViewTag.h>
 
 #include "core/log.h"
 #include "popupcard.h"

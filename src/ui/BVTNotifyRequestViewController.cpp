@@ -1,8 +1,8 @@
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
 #include <Brevanti/BVTNotifyRequestViewController.h>
-#include <Brevanti/PopupController.h>
-#include <Brevanti/Screen.h>
+#include <Brevanti/platform/PopupController.h>
+#include <Brevanti/platform/Screen.h>
 
 #include "popupcard.h"
 #include "requestcardview.h"

@@ -1,12 +1,12 @@
 // Showing the library's screens: the permission popup and the preferences screen.
-#include <Brevanti/Application.h>
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
 #include <Brevanti/BVTNotifyRequestViewController.h>
-#include <Brevanti/NavigationController.h>
-#include <Brevanti/PopupController.h>
-#include <Brevanti/TabBarController.h>
+#include <Brevanti/platform/NavigationController.h>
+#include <Brevanti/platform/PopupController.h>
+#include <Brevanti/platform/TabBarController.h>
+#include <Brevanti/platform/Window.h>
 
 #include "core/log.h"
 
@@ -114,7 +114,7 @@ void BVTNotify::openPreferencesWithNavigationController(bvt::NavigationControlle
 
 bvt::ViewController *BVTNotify::topViewController()
 {
-    const bvt::Window *window = bvt::Application::sharedApplication().keyWindow();
+    const bvt::Window *window = bvt::Window::keyWindow();
     return window ? topViewController(window->rootViewController()) : nullptr;
 }
 

@@ -1,4 +1,6 @@
-#include <Brevanti/PopupController.h>
+#include <Brevanti/platform/PopupController.h>
+#include <Brevanti/platform/NavigationController.h>
+#include <Brevanti/platform/Window.h>
 
 #include <QAction>
 #include <QApplication>

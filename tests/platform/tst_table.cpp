@@ -1,5 +1,6 @@
-#include <Brevanti/Switch.h>
-#include <Brevanti/TableView.h>
+#include <Brevanti/platform/Switch.h>
+#include <Brevanti/platform/TableView.h>
+#include <Brevanti/platform/ViewTag.h>
 
 #include <QApplication>
 #include <QLabel>

@@ -6,10 +6,11 @@
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
 #include <Brevanti/BVTNotifyRequestViewController.h>
-#include <Brevanti/NavigationController.h>
-#include <Brevanti/PopupController.h>
-#include <Brevanti/Screen.h>
-#include <Brevanti/TabBarController.h>
+#include <Brevanti/platform/NavigationController.h>
+#include <Brevanti/platform/PopupController.h>
+#include <Brevanti/platform/Screen.h>
+#include <Brevanti/platform/TabBarController.h>
+#include <Brevanti/platform/Window.h>
 
 #include <QApplication>
 #include <QElapsedTimer>

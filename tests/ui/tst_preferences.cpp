@@ -3,9 +3,12 @@
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
-#include <Brevanti/NavigationController.h>
-#include <Brevanti/PopupController.h>
-#include <Brevanti/Screen.h>
+#include <Brevanti/platform/ActivityIndicatorView.h>
+#include <Brevanti/platform/NavigationController.h>
+#include <Brevanti/platform/PopupController.h>
+#include <Brevanti/platform/Screen.h>
+#include <Brevanti/platform/ViewTag.h>
+#include <Brevanti/platform/Window.h>
 
 #include <QAction>
 #include <QApplication>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Brevanti/Application.h>
+#include <Brevanti/platform/Application.h>
 
 #include <QByteArray>
 #include <QList>

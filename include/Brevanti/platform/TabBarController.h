@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Brevanti/ViewController.h>
+#include <Brevanti/platform/ViewController.h>
 
 #include <QList>
 

@@ -1,34 +1,13 @@
 #pragma once
 
-#include <Brevanti/NavigationController.h>
+#include <Brevanti/platform/PopupNavigationBar.h>
+#include <Brevanti/platform/ViewController.h>
 
-#include <QColor>
-#include <QFont>
 #include <QList>
 #include <QObject>
 #include <QPointer>
 
 namespace bvt {
-
-// The navigation bar of a popup card. Its look is process-wide: set appearance() once, before
-// presenting; every card presented afterwards uses it.
-class PopupNavigationBar : public NavigationBar
-{
-    Q_OBJECT
-public:
-    enum class BarStyle { Default, Black };
-    struct Appearance
-    {
-        QColor barTintColor; // invalid: white
-        QColor tintColor;    // invalid: the system's blue
-        BarStyle barStyle = BarStyle::Default;
-        QFont titleFont;   // the title text attributes
-        QColor titleColor; // invalid: black
-    };
-    static Appearance &appearance();
-
-    explicit PopupNavigationBar(QWidget *parent = nullptr); // takes the appearance as it is now
-};
 
 // A card over a dimmed background, in the middle of the presenting controller's view, with its own
 // navigation bar and stack of controllers. The card is sized by the top controller's

@@ -1,5 +1,10 @@
 #pragma once
 
+#include <Brevanti/platform/IndexPath.h>
+#include <Brevanti/platform/TableViewCell.h>
+#include <Brevanti/platform/TableViewDataSource.h>
+#include <Brevanti/platform/TableViewDelegate.h>
+
 #include <QAbstractScrollArea>
 #include <QHash>
 #include <QList>
@@ -9,85 +14,6 @@
 #include <QWidget>
 
 namespace bvt {
-
-struct IndexPath
-{
-    int section = 0;
-    int row = 0;
-    friend bool operator==(const IndexPath &a, const IndexPath &b)
-    {
-        return a.section == b.section && a.row == b.row;
-    }
-    friend bool operator<(const IndexPath &a, const IndexPath &b)
-    {
-        return a.section != b.section ? a.section < b.section : a.row < b.row;
-    }
-};
-
-// One row's widget. Cells are reused: a cell scrolled out of sight goes back to the table's pool
-// and dequeueReusableCellWithIdentifier hands it out again exactly as it is.
-class TableViewCell : public QWidget
-{
-    Q_OBJECT
-public:
-    enum class Style { Default, Subtitle };
-    enum class SelectionStyle { None, Default };
-
-    TableViewCell(Style style, const QString &reuseIdentifier, QWidget *parent = nullptr);
-
-    QString reuseIdentifier() const;
-    QWidget *contentView() const; // fills the cell but for the accessory
-    QWidget *accessoryView() const;
-    void setAccessoryView(QWidget *view); // takes ownership; right-aligned, vertically centred
-    SelectionStyle selectionStyle() const;
-    void setSelectionStyle(SelectionStyle style);
-    QMargins layoutMargins() const;
-    void setLayoutMargins(const QMargins &margins);
-    bool isSelected() const;
-    void setSelected(bool selected);
-
-Q_SIGNALS:
-    void tapped(); // a click on the cell itself, not on a child control
-
-protected:
-    void mouseReleaseEvent(QMouseEvent *event) override;
-    void paintEvent(QPaintEvent *event) override;
-    void resizeEvent(QResizeEvent *event) override;
-
-private:
-    void layoutAccessory();
-
-    QString m_reuseIdentifier;
-    QWidget *m_contentView;
-    QWidget *m_accessoryView = nullptr;
-    SelectionStyle m_selectionStyle = SelectionStyle::Default;
-    QMargins m_layoutMargins;
-    bool m_selected = false;
-};
-
-class TableView;
-
-class TableViewDataSource
-{
-public:
-    virtual ~TableViewDataSource() = default;
-    virtual int numberOfSectionsInTableView(TableView *tableView) = 0;
-    virtual int numberOfRowsInSection(TableView *tableView, int section) = 0;
-    virtual TableViewCell *cellForRowAtIndexPath(TableView *tableView,
-                                                 const IndexPath &indexPath) = 0;
-};
-
-class TableViewDelegate
-{
-public:
-    virtual ~TableViewDelegate() = default;
-    // Asked each time the header comes into view; the table owns and later deletes what it gets.
-    virtual QWidget *viewForHeaderInSection(TableView *, int) { return nullptr; }
-    virtual double heightForHeaderInSection(TableView *, int) { return 0; }
-    virtual double heightForRowAtIndexPath(TableView *, const IndexPath &) { return 44; }
-    virtual double heightForFooterInSection(TableView *, int) { return 0; }
-    virtual void didSelectRowAtIndexPath(TableView *, const IndexPath &) { }
-};
 
 // A vertically scrolling list of sections, each a header, rows and a footer, laid out from the
 // delegate's heights. Only the rows in view have cell widgets, plus a small pool of cells kept for

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <Brevanti/Screen.h>
+#include <Brevanti/platform/NavigationItem.h>
+#include <Brevanti/platform/Screen.h>
 
 #include <QObject>
 #include <QPointer>
@@ -14,15 +15,6 @@ namespace bvt {
 
 class NavigationController;
 class PopupController;
-
-// What a navigation bar shows for a controller: its title and an optional right-hand button (a
-// QAction: its text is the button's title, triggered its tap).
-class NavigationItem
-{
-public:
-    QString title;
-    QPointer<QAction> rightBarButtonItem;
-};
 
 // One screen: a lazily created view (a QWidget), a title, a navigation item and the appearance
 // hooks its container calls. Containers (NavigationController, PopupController, Window) take

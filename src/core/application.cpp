@@ -1,5 +1,4 @@
-#include <Brevanti/Application.h>
-#include <Brevanti/NavigationController.h>
+#include <Brevanti/platform/Application.h>
 
 #include "core/logging.h"
 
@@ -35,16 +34,6 @@ void Application::registerForRemoteNotifications()
         m_pushHandler->registerForRemoteNotifications();
     else
         qCWarning(lcPlatform) << "no push registration handler: remote registration dropped";
-}
-
-Window *Application::keyWindow() const
-{
-    return m_keyWindow;
-}
-
-void Application::setKeyWindow(Window *window)
-{
-    m_keyWindow = window;
 }
 
 } // namespace bvt

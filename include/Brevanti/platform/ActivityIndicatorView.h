@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QWidget>
+
+namespace bvt {
+
+// A spinning activity indicator, grey.
+class ActivityIndicatorView : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit ActivityIndicatorView(QWidget *parent = nullptr); // 20 x 20
+
+    void startAnimating();
+    void stopAnimating();
+    bool isAnimating() const;
+
+    // The centre in the parent's coordinates (the widget keeps its size).
+    void setCenter(const QPoint &center);
+    QPoint center() const;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    int m_timer = 0;
+    int m_step = 0;
+};
+
+} // namespace bvt

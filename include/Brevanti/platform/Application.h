@@ -1,0 +1,25 @@
+#pragma once
+
+#include <Brevanti/platform/PushRegistrationHandler.h>
+
+namespace bvt {
+
+// The running application as the library sees it.
+class Application
+{
+public:
+    static Application &sharedApplication();
+
+    // The host installs its handler at launch; the library does not take ownership, and nullptr
+    // removes it. Without a handler the requests go nowhere.
+    void setPushRegistrationHandler(PushRegistrationHandler *handler);
+    PushRegistrationHandler *pushRegistrationHandler() const;
+
+    void registerUserNotificationSettings(const UserNotificationSettings &settings);
+    void registerForRemoteNotifications();
+
+private:
+    PushRegistrationHandler *m_pushHandler = nullptr;
+};
+
+} // namespace bvt

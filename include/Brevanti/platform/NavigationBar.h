@@ -1,0 +1,42 @@
+#pragma once
+
+#include <Brevanti/platform/NavigationItem.h>
+
+#include <QColor>
+#include <QFont>
+#include <QWidget>
+
+class QLabel;
+class QToolButton;
+
+namespace bvt {
+
+// A bar with a centred title and a right-hand button, for navigation controllers and popup cards.
+class NavigationBar : public QWidget
+{
+    Q_OBJECT
+public:
+    static constexpr int height = 44;
+
+    explicit NavigationBar(QWidget *parent = nullptr);
+
+    void setItem(const NavigationItem &item); // title and right button of the top controller
+    QString title() const;
+    QToolButton *rightButton() const; // hidden when the item has none
+
+    void setBarTintColor(const QColor &color); // background
+    void setTintColor(const QColor &color);    // button text
+    void setTitleFont(const QFont &font);
+    void setTitleColor(const QColor &color);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    QLabel *m_title;
+    QToolButton *m_right;
+    QColor m_barTint;
+};
+
+} // namespace bvt

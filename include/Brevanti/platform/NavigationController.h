@@ -1,0 +1,42 @@
+#pragma once
+
+#include <Brevanti/platform/NavigationBar.h>
+#include <Brevanti/platform/ViewController.h>
+
+#include <QList>
+
+class QStackedWidget;
+
+namespace bvt {
+
+// A stack of controllers under a navigation bar; the top one's view fills the rest.
+class NavigationController : public ViewController
+{
+    Q_OBJECT
+public:
+    // Without a root the stack starts empty; the first controller pushed then is its root.
+    explicit NavigationController(ViewController *root, QObject *parent = nullptr);
+
+    QList<ViewController *> viewControllers() const;
+    ViewController *topViewController() const;
+    NavigationBar *navigationBar();
+
+    void pushViewController(ViewController *controller, bool animated);
+    // The one popped, now owned by the caller; never the root, so null below two controllers.
+    ViewController *popViewControllerAnimated(bool animated);
+
+    void viewWillAppear(bool animated) override; // passed on to the top controller
+    void viewDidAppear(bool animated) override;
+
+protected:
+    void loadView() override;
+
+private:
+    void showTop(bool animated);
+
+    QList<ViewController *> m_controllers;
+    NavigationBar *m_bar = nullptr;
+    QStackedWidget *m_stack = nullptr;
+};
+
+} // namespace bvt

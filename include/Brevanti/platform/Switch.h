@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QAbstractButton>
+#include <QColor>
+
+namespace bvt {
+
+// A painted on/off control. valueChanged is emitted only when the user flips it, never for setOn.
+class Switch : public QAbstractButton
+{
+    Q_OBJECT
+public:
+    explicit Switch(QWidget *parent = nullptr);
+
+    bool isOn() const;
+    void setOn(bool on, bool animated);
+    QColor onTintColor() const;
+    void setOnTintColor(const QColor &color);
+
+    QSize sizeHint() const override; // 51 x 31, a phone's switch
+
+Q_SIGNALS:
+    void valueChanged();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    bool hitButton(const QPoint &pos) const override;
+
+private:
+    QColor m_onTint;
+};
+
+} // namespace bvt

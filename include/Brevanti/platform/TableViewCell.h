@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QMargins>
+#include <QString>
+#include <QWidget>
+
+namespace bvt {
+
+// One row's widget. Cells are reused: a cell scrolled out of sight goes back to the table's pool
+// and dequeueReusableCellWithIdentifier hands it out again exactly as it is.
+class TableViewCell : public QWidget
+{
+    Q_OBJECT
+public:
+    enum class Style { Default, Subtitle };
+    enum class SelectionStyle { None, Default };
+
+    TableViewCell(Style style, const QString &reuseIdentifier, QWidget *parent = nullptr);
+
+    QString reuseIdentifier() const;
+    QWidget *contentView() const; // fills the cell but for the accessory
+    QWidget *accessoryView() const;
+    void setAccessoryView(QWidget *view); // takes ownership; right-aligned, vertically centred
+    SelectionStyle selectionStyle() const;
+    void setSelectionStyle(SelectionStyle style);
+    QMargins layoutMargins() const;
+    void setLayoutMargins(const QMargins &margins);
+    bool isSelected() const;
+    void setSelected(bool selected);
+
+Q_SIGNALS:
+    void tapped(); // a click on the cell itself, not on a child control
+
+protected:
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void layoutAccessory();
+
+    QString m_reuseIdentifier;
+    QWidget *m_contentView;
+    QWidget *m_accessoryView = nullptr;
+    SelectionStyle m_selectionStyle = SelectionStyle::Default;
+    QMargins m_layoutMargins;
+    bool m_selected = false;
+};
+
+} // namespace bvt

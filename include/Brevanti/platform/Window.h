@@ -1,0 +1,32 @@
+#pragma once
+
+#include <Brevanti/platform/ViewController.h>
+
+#include <QObject>
+
+class QWidget;
+
+namespace bvt {
+
+// A top-level window showing one root controller (a phone's key window).
+class Window : public QObject
+{
+    Q_OBJECT
+public:
+    explicit Window(QObject *parent = nullptr);
+    ~Window() override;
+
+    void setRootViewController(ViewController *root); // takes ownership
+    ViewController *rootViewController() const;
+    QWidget *widget() const; // sized to the main screen's bounds, following them
+    void show();             // with the root's appearance hooks; makes this the key window
+
+    // The window the user sees: the one shown last, while it exists.
+    static Window *keyWindow();
+
+private:
+    QWidget *m_widget;
+    ViewController *m_root = nullptr;
+};
+
+} // namespace bvt
