@@ -1,5 +1,5 @@
-#include <Brevanti/platform/PopupController.h>
 #include <Brevanti/platform/NavigationController.h>
+#include <Brevanti/platform/PopupController.h>
 #include <Brevanti/platform/Window.h>
 
 #include <QAction>
