@@ -8,6 +8,10 @@
 
 #include <memory>
 
+namespace bvt {
+struct Verb;
+}
+
 // The library's one manager: the client credentials, the service's base URL, the cached access
 // token, the stored device and user identifiers, and the device's registration with the service.
 // Use it through the facade BVT; it is created with the static factory initWithLaunchOptions and
@@ -105,8 +109,7 @@ public:
 private:
     BVTManager();
 
-    enum class Verb { Get, Post, Patch };
-    void send(Verb verb, const QString &path, const BVTParameters &parameters,
+    void send(const bvt::Verb &verb, const QString &path, const BVTParameters &parameters,
               const BVTSuccessBlock &success, const BVTFailureBlock &failure);
     QString basicCredentials() const;
 

@@ -4,39 +4,50 @@
 #include "formencoder.h"
 #include "httpclient.h"
 #include "origin.h"
+#include "verb.h"
+
+namespace bvt {
+
+const Verb Verb::get{"GET", "application/json;", true, true, nullptr, nullptr};
+const Verb Verb::post{
+        "POST",         "application/x-www-form-urlencoded", false, false, "Post Success: %@",
+        "Post Fail: %@"};
+const Verb Verb::patch{
+        "PATCH",         "application/x-www-form-urlencoded", false, false, "Patch Success: %@",
+        "Patch Fail: %@"};
+
+} // namespace bvt
 
 void BVTManager::getUrl(const QString &path, const BVTParameters &parameters,
                         const BVTSuccessBlock &success, const BVTFailureBlock &failure)
 {
-    send(Verb::Get, path, parameters, success, failure);
+    send(bvt::Verb::get, path, parameters, success, failure);
 }
 
 void BVTManager::postUrl(const QString &path, const BVTParameters &parameters,
                          const BVTSuccessBlock &success, const BVTFailureBlock &failure)
 {
-    send(Verb::Post, path, parameters, success, failure);
+    send(bvt::Verb::post, path, parameters, success, failure);
 }
 
 void BVTManager::patchUrl(const QString &path, const BVTParameters &parameters,
                           const BVTSuccessBlock &success, const BVTFailureBlock &failure)
 {
-    send(Verb::Patch, path, parameters, success, failure);
+    send(bvt::Verb::patch, path, parameters, success, failure);
 }
 
-void BVTManager::send(Verb verb, const QString &path, const BVTParameters &parameters,
+void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParameters &parameters,
                       const BVTSuccessBlock &success, const BVTFailureBlock &failure)
 {
     const QString url = bvt::formatLine("%@%@", {bvt::describe(m_origin), bvt::describe(path)});
     bvt::log("Submit Url: %@", url);
-    if (verb == Verb::Get) {
-        // Only a GET writes the client credentials to the log; they are used for nothing else.
+    if (verb.logsCredentials)
         bvt::log("Authorization: %@", QStringLiteral("Basic ") + basicCredentials());
-    }
 
     const auto noToken = [](const BVTError &error) {
         bvt::log("Failed to get access token: %@", error);
     };
-    auto sendRequest = [self = shared_from_this(), verb, url, parameters, success, failure,
+    auto sendRequest = [self = shared_from_this(), &verb, url, parameters, success, failure,
                         noToken](const QVariant &) {
         // A token the host set can still hold a line break; it never goes on the wire.
         const QByteArray bearer = "Bearer " + bvt::describe(self->m_accessToken).toUtf8();
@@ -45,38 +56,32 @@ void BVTManager::send(Verb verb, const QString &path, const BVTParameters &param
         bvt::HttpRequest request;
         const QByteArray form = bvt::FormEncoder::encode(parameters);
         QString target = url;
-        if (verb == Verb::Get) {
-            request.method = "GET";
+        if (verb.parametersInQuery) {
             if (!form.isEmpty())
                 target += (url.contains(u'?') ? u'&' : u'?') + QString::fromLatin1(form);
         } else {
-            request.method = verb == Verb::Post ? "POST" : "PATCH";
             request.body = form;
         }
+        request.method = verb.method;
         request.url = QUrl(target);
-        request.headers = {
-                {"Authorization", bearer},
-                {"Accept", bvt::vendorMediaType},
-                {"Content-Type",
-                 verb == Verb::Get ? "application/json;" : "application/x-www-form-urlencoded"}};
+        request.headers = {{"Authorization", bearer},
+                           {"Accept", bvt::vendorMediaType},
+                           {"Content-Type", verb.contentType}};
 
-        bvt::HttpClient::send(request, [verb, success, failure](const bvt::JsonResponse &response) {
-            if (response.accepted) {
-                if (verb == Verb::Post)
-                    bvt::log("Post Success: %@", response.object);
-                else if (verb == Verb::Patch)
-                    bvt::log("Patch Success: %@", response.object);
-                if (success)
-                    success(response.object);
-                return;
-            }
-            if (verb == Verb::Post)
-                bvt::log("Post Fail: %@", response.error);
-            else if (verb == Verb::Patch)
-                bvt::log("Patch Fail: %@", response.error);
-            if (failure)
-                failure(response.text);
-        });
+        bvt::HttpClient::send(request,
+                              [&verb, success, failure](const bvt::JsonResponse &response) {
+                                  if (response.accepted) {
+                                      if (verb.successLine)
+                                          bvt::log(verb.successLine, response.object);
+                                      if (success)
+                                          success(response.object);
+                                  } else {
+                                      if (verb.failureLine)
+                                          bvt::log(verb.failureLine, response.error);
+                                      if (failure)
+                                          failure(response.text);
+                                  }
+                              });
     };
 
     verifyAuthenticated(sendRequest, noToken);
