@@ -13,6 +13,7 @@ LocalService::LocalService()
         qFatal("the local service cannot listen on loopback");
     m_router = std::make_unique<bvtsim::LoopbackRouter>(QUrl(bvt::serviceOrigin()),
                                                         m_service.baseUrl());
+    QObject::connect(m_router.get(), &QNetworkAccessManager::finished, [this] { ++m_finished; });
     routeLibraryHere();
 }
 
@@ -41,4 +42,5 @@ void LocalService::reset()
     m_service.clearFaults();
     m_service.clearClock();
     m_service.clearRequests();
+    m_finished = 0;
 }

@@ -31,9 +31,14 @@ public:
     // Forget recorded requests, faults and the clock, for the next test function.
     void reset();
 
+    // Exchanges the library's network access finished since the last reset: every request ends in
+    // one, answered or not, so tests wait on this rather than on a callback that may never come.
+    int finishedExchanges() const { return m_finished; }
+
 private:
     bvtsim::Service m_service;
     std::unique_ptr<bvtsim::LoopbackRouter> m_router;
+    int m_finished = 0;
 };
 
 Q_DECLARE_METATYPE(bvtsim::Fault)
