@@ -21,6 +21,7 @@ public:
     LocalService &operator=(const LocalService &) = delete;
 
     bvtsim::Service &service() { return m_service; }
+    QNetworkAccessManager *network() const { return m_router.get(); } // the library's, routed here
 
     // The recorded requests for one path, in the order they arrived.
     QList<bvtsim::RecordedRequest> requestsFor(const QString &path) const;
