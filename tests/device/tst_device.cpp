@@ -142,6 +142,7 @@ void TestDevice::initTestCase()
 
 void TestDevice::init()
 {
+    QTRY_VERIFY(m_local->nothingUnderWay()); // what an earlier test started has ended
     m_local->reset();
     m_log = std::make_unique<LogCapture>();
 }
@@ -172,7 +173,7 @@ void TestDevice::facadeDoesNothingBeforeInitialisation()
     BVT::postUrl("/echo", {}, successInto(outcome), failureInto(outcome));
     BVT::patchUrl("/echo", {}, successInto(outcome), failureInto(outcome));
     BVT::setCurrentDeviceToken("ABCD");
-    QTest::qWait(100); // room for anything wrongly sent
+    QVERIFY(m_local->nothingUnderWay());
     QVERIFY(BVT::currentDevice().isNull());
     QVERIFY(BVT::currentUser().isNull());
     QVERIFY(BVT::currentDeviceToken().isNull());
@@ -207,7 +208,7 @@ void TestDevice::storedIdentifierMeansNoRequest()
     m_log->clear();
     Outcome outcome;
     m_manager->initDevice(successInto(outcome), failureInto(outcome));
-    QTest::qWait(100);
+    QVERIFY(m_local->nothingUnderWay());
     QCOMPARE(m_log->lines(), QStringList{"Initializing device: stored-id"});
     QCOMPARE(outcome.successes + outcome.failures, 0);
     QVERIFY(m_local->service().requests().isEmpty());
@@ -391,8 +392,9 @@ void TestDevice::deviceBoundCallsBeforeRegistrationOnlyLog()
     Outcome outcome;
     BVT::assignDeviceToUser("u", successInto(outcome), failureInto(outcome));
     BVT::unassignDevice(successInto(outcome), failureInto(outcome));
-    BVT::assignDeviceToUser(QString()); // no device: logged, not thrown
-    QTest::qWait(100);
+    BVT::assignDeviceToUser(QString());                       // no device: logged, not thrown
+    QTRY_COMPARE(m_local->requestsFor("/devices").size(), 1); // the registration, dropped
+    QTRY_VERIFY(m_local->nothingUnderWay());
     QCOMPARE(m_log->linesStartingWith("You have not fired").size(), 3);
     QCOMPARE(m_log->lines().first(), "You have not fired initWithLaunchOptions yet!");
     QCOMPARE(outcome.successes + outcome.failures, 0);
@@ -406,7 +408,7 @@ void TestDevice::nilUserThrowsBeforeAnythingIsSent()
     initialise();
     m_log->clear();
     QVERIFY_THROWS_EXCEPTION(std::invalid_argument, BVT::assignDeviceToUser(QString()));
-    QTest::qWait(100);
+    QVERIFY(m_local->nothingUnderWay());
     QVERIFY(m_local->service().requests().isEmpty());
     QVERIFY(m_log->lines().isEmpty());
 }
@@ -419,8 +421,10 @@ void TestDevice::secondInitialisationReplacesTheManager()
     BVT::getUrl("/echo", {}, successInto(outcome), failureInto(outcome));
     QTRY_COMPARE(outcome.successes, 1);
     BVT::initWithLaunchOptions({}, "second-client", "second-secret");
-    BVT::getUrl("/echo", {}, successInto(outcome), failureInto(outcome));
+    BVT::postUrl("/echo", {}, successInto(outcome), failureInto(outcome));
     QTRY_COMPARE(outcome.successes, 2);
+    BVT::patchUrl("/echo", {}, successInto(outcome), failureInto(outcome));
+    QTRY_COMPARE(outcome.successes, 3);
 
     // The new manager fetched a token of its own, with its own credentials.
     const auto tokens = m_local->requestsFor("/oauth/token");
@@ -428,6 +432,8 @@ void TestDevice::secondInitialisationReplacesTheManager()
     QCOMPARE(tokens.last().header("Authorization"),
              "Basic " + QByteArray("second-client:second-secret").toBase64());
     const auto echoes = m_local->requestsFor("/echo");
+    QCOMPARE(echoes.size(), 3);
+    QCOMPARE(echoes.at(1).method + echoes.at(2).method, "POSTPATCH"); // the facade forwards each
     QVERIFY(echoes.first().header("Authorization") != echoes.last().header("Authorization"));
 }
 

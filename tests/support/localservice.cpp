@@ -4,7 +4,10 @@
 
 #include <Brevanti/BVT.h>
 
+#include <QNetworkReply>
 #include <QTest>
+
+#include <algorithm>
 
 LocalService::LocalService()
 {
@@ -43,4 +46,13 @@ void LocalService::reset()
     m_service.clearClock();
     m_service.clearRequests();
     m_finished = 0;
+}
+
+bool LocalService::nothingUnderWay() const
+{
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+    const auto replies = m_router->findChildren<QNetworkReply *>();
+    return std::all_of(replies.cbegin(), replies.cend(),
+                       [](const QNetworkReply *reply) { return reply->isFinished(); });
 }
