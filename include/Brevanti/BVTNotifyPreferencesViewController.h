@@ -7,8 +7,13 @@
 #include <QVariantList>
 
 #include <limits>
+#include <memory>
 
 class QAction;
+
+namespace bvt {
+class PreferenceDocument;
+}
 
 // The ready-made preferences screen: every category of the user's preference document as a
 // section, every preference as a row with an on/off switch that sends its change to the service at
@@ -32,11 +37,12 @@ public:
     // For a popup card: card sizes from the main screen and a "Done" button. The caller owns the
     // result until it pushes it into a container.
     static BVTNotifyPreferencesViewController *initInPopup();
+    ~BVTNotifyPreferencesViewController() override;
 
     bvt::TableView *tableView() const;
     QAction *doneButton() const;
     QWidget *activityIndicatorView() const; // never set: the spinner is found by its tag
-    QVariantList tableData() const;
+    QVariantList tableData() const;         // the categories shown, as decoded
 
     // Appends the categories to those shown, reloads the table and refits it.
     void loadTableWithData(const QVariantList &data);
@@ -66,5 +72,5 @@ protected:
 private:
     bvt::TableView *m_tableView = nullptr;
     QAction *m_doneButton = nullptr;
-    QVariantList m_tableData;
+    std::unique_ptr<bvt::PreferenceDocument> m_document;
 };

@@ -1,5 +1,6 @@
 #include "localservice.h"
 #include "logcapture.h"
+#include "notify/preferencedocument.h"
 #include "standinoperatingsystem.h"
 
 #include <Brevanti/BVT.h>
@@ -77,6 +78,8 @@ private Q_SLOTS:
     void everyChangeIsFollowedByOneVerify();
     void nilKeysThrowBeforeAnythingHappens();
     void fetchHandsOverTheDocumentItself();
+    void documentModelReadsTheFetchedDocument_data();
+    void documentModelReadsTheFetchedDocument();
     void operatingSystemTokenReachesTheService();
 
 private:
@@ -362,6 +365,68 @@ void TestNotify::fetchHandsOverTheDocumentItself()
     QTRY_COMPARE(fetched.successes, 2);
     QCOMPARE(fetched.response, QVariant(QVariantList()));
     QVERIFY(m_local->service().setCatalogue(catalogue));
+}
+
+void TestNotify::documentModelReadsTheFetchedDocument_data()
+{
+    QTest::addColumn<QByteArray>("document");
+    QTest::addColumn<QString>("read");
+
+    QTest::newRow("as meant") << QByteArray(R"([{"name":"News","key":"news","preferences":[
+            {"name":"Breaking","key":"breaking","enabled":true},{"name":"Digest","key":"digest",
+            "enabled":0}]},{"name":"Orders","key":"orders","preferences":[]}])")
+                              << "News:news(Breaking:breaking=1,Digest:digest=0) Orders:orders()";
+    QTest::newRow("enabled readings") << QByteArray(R"([{"name":"C","key":"c","preferences":[
+            {"key":"a","enabled":1.5},{"key":"b","enabled":0.5},{"key":"c","enabled":-2},
+            {"key":"d","enabled":" +7 days"},{"key":"e","enabled":"true"},{"key":"f","enabled":null},
+            {"key":"g"},{"key":"h","enabled":[1]}]}])")
+                                      << "C:c(~:a=1,~:b=0,~:c=1,~:d=1,~:e=0,~:f=0,~:g=0,~:h=0)";
+    QTest::newRow("texts from numbers, empty kept") << QByteArray(
+            R"([{"name":42,"key":true,"preferences":[{"name":1.5,"key":"","enabled":1},
+            {"name":{"x":1},"key":null,"enabled":1}]}])")
+                                                    << "42:1(1.5:=1,~:~=1)";
+    QTest::newRow("neither object nor list")
+            << QByteArray(R"([17,"text",null,[],{"preferences":"many"},{"preferences":[3,{}]}])")
+            << "~:~() ~:~() ~:~() ~:~() ~:~() ~:~(~:~=0,~:~=0)";
+}
+
+void TestNotify::documentModelReadsTheFetchedDocument()
+{
+    QFETCH(QByteArray, document);
+    QFETCH(QString, read);
+
+    registerDevice();
+    bvtsim::Fault served;
+    served.status = 200;
+    served.body = document;
+    m_local->service().setFault("GET", "/preferences", served);
+    Outcome fetched;
+    BVTNotify::getPreferences(successInto(fetched), failureInto(fetched));
+    QTRY_COMPARE(fetched.successes, 1);
+
+    // The model's reading in one line: "name:key(preferences)" per category, "name:key=enabled" per
+    // preference, "~" for a null text.
+    const auto summary = [](const bvt::PreferenceDocument &model) {
+        const auto text = [](const QString &value) { return value.isNull() ? "~" : value; };
+        QStringList categories;
+        for (const bvt::PreferenceCategory &category : model.categories()) {
+            QStringList preferences;
+            for (const bvt::Preference &preference : category.preferences)
+                preferences << text(preference.name) + ':' + text(preference.key) + '='
+                                + QString::number(preference.enabled);
+            categories << text(category.name) + ':' + text(category.key) + '('
+                            + preferences.join(',') + ')';
+        }
+        return categories.join(' ');
+    };
+
+    // A second load is appended behind the first, as the screens show every fetch.
+    bvt::PreferenceDocument model;
+    model.append(fetched.response.toList());
+    QCOMPARE(summary(model), read);
+    model.append(fetched.response.toList());
+    QCOMPARE(summary(model), read + ' ' + read);
+    QCOMPARE(model.decoded(), fetched.response.toList() + fetched.response.toList());
 }
 
 void TestNotify::operatingSystemTokenReachesTheService()
