@@ -109,7 +109,7 @@ void TestNotify::init()
 void TestNotify::cleanup()
 {
     m_log.reset();
-    QTest::qWait(20); // let the last test's requests finish before the store is cleared
+    QTRY_VERIFY(m_local->nothingUnderWay()); // before the next test clears the store
 }
 
 void TestNotify::registerDevice()
@@ -162,7 +162,7 @@ void TestNotify::nothingIsSentWithoutADevice()
     }
     QCOMPARE(m_log->lines().first(), "You have not fired initWithLaunchOptions yet!");
     QTRY_COMPARE(m_local->requestsFor("/devices").size(), 1); // sent and dropped, never again
-    QTest::qWait(50);
+    QTRY_VERIFY(m_local->nothingUnderWay());
     QCOMPARE(m_log->linesStartingWith("You have not fired").size(), 1);
     for (const bvtsim::RecordedRequest &request : m_local->service().requests())
         QVERIFY(request.path == "/oauth/token" || request.path == "/devices");
@@ -189,6 +189,8 @@ void TestNotify::tokenText()
 
     QCOMPARE(BVTNotify::stringWithDeviceToken(token), text);
     QVERIFY(!BVTNotify::stringWithDeviceToken(token).isNull());
+    if (QTest::currentDataTag() != QByteArray("bytes"))
+        return;
 
     // And that text is what the service receives.
     registerDevice();
@@ -260,7 +262,7 @@ void TestNotify::verifyLogsAKnownTokenOrAsksOnce()
     BVTNotify::verifyPushEnabled();
     QCOMPARE(m_log->lines(), QStringList(3, "Verified token 00FF"));
     QCOMPARE(m_system.remoteRegistrations(), 1);
-    QTest::qWait(50);
+    QVERIFY(m_local->nothingUnderWay());
     QCOMPARE(outcome.successes + outcome.failures, 0);
     QVERIFY(m_local->service().requests().isEmpty());
 }
@@ -338,7 +340,7 @@ void TestNotify::nilKeysThrowBeforeAnythingHappens()
                              BVTNotify::enablePreferenceWithCategory(QString(), "breaking"));
     QVERIFY_THROWS_EXCEPTION(std::invalid_argument,
                              BVTNotify::disablePreferenceWithCategory("news", QString()));
-    QTest::qWait(50);
+    QVERIFY(m_local->nothingUnderWay());
     QVERIFY(m_local->service().requests().isEmpty());
     QVERIFY(m_system.requests().isEmpty()); // no verify either
 }
