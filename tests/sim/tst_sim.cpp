@@ -114,35 +114,6 @@ private Q_SLOTS:
         QCOMPARE(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray(), content);
     }
 
-    // A long run keeps the most recent requests, each body cut to the limit, and no expired token.
-    void boundedMemory()
-    {
-        service->setRequestLimit(2);
-        service->setRecordedBodyLimit(4);
-        QObject context;
-        QByteArrayList signalled; // the request each signal's index names, as the signal comes
-        connect(service.get(), &Service::requestRecorded, &context,
-                [&](int index) { signalled << service->requests().at(index).body; });
-        Result last;
-        for (const QByteArray body : {"a=1", "a=22", "a=333"})
-            last = send("/echo", body, bearer);
-        QCOMPARE(parse(last.body)["form"].toObject()["a"], "333"); // the route saw it all
-        QCOMPARE(signalled, QByteArrayList({"a=1", "a=22", "a=33"}));
-        QByteArrayList kept;
-        for (const RecordedRequest &request : service->requests())
-            kept << request.body;
-        QCOMPARE(kept, QByteArrayList({"a=22", "a=33"}));
-
-        QTemporaryDir dir;
-        QVERIFY(service->setStateFile(dir.filePath("state.json")));
-        service->setClock(start.addSecs(7200)); // init()'s token has just expired
-        const Result issued = send("/oauth/token", goodGrant, basic("app:s3cret"));
-        QFile state(dir.filePath("state.json"));
-        QVERIFY(state.open(QIODevice::ReadOnly));
-        QCOMPARE(parse(state.readAll())["tokens"].toObject().keys(),
-                 QStringList{parse(issued.body)["access_token"].toString()});
-    }
-
     // A connection ends after the answer its client asked to be the last, after a request whose
     // length cannot be trusted, or once no byte has moved for the idle time-out.
     void connectionEnds_data()
@@ -180,36 +151,6 @@ private Q_SLOTS:
         socket.write(sent.replace("BEARER", bearer));
         QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
         QCOMPARE(socket.readAll().left(12), answer);
-    }
-
-    // The admin routes, over the socket: never recorded, never bearer-checked.
-    void admin()
-    {
-        const auto admin = [this](const QByteArray &verb, const QByteArray &route,
-                                  const QByteArray &json = {}) {
-            return send("/_sim/" + route, json, {}, verb);
-        };
-        QCOMPARE(admin("GET", "requests").status, 401); // off: an ordinary path
-        service->setAdminEnabled(true);
-        service->clearRequests();
-        const QByteArray fault = R"({"method":"GET","path":"/echo","status":503,"times":1,)"
-                                 R"("headers":{"Retry-After":"7"}})";
-        QCOMPARE(admin("POST", "faults", fault).status, 204);
-        QCOMPARE(admin("POST", "faults", R"({"path":"/echo","delay":5})").status, 400);
-        const Result faulted = send("/echo?a=1", {}, bearer, "GET");
-        QCOMPARE(faulted.status, 503);
-        QVERIFY(faulted.headers.contains({"Retry-After", "7"}));
-        const Result listed = admin("GET", "requests");
-        const QJsonArray requests = QJsonDocument::fromJson(listed.body).array();
-        QCOMPARE(requests.size(), 1);
-        QCOMPARE(requests[0]["path"], "/echo");
-        QCOMPARE(requests[0]["query"], "a=1");
-        QCOMPARE(admin("DELETE", "requests").status, 204);
-        QVERIFY(service->requests().isEmpty());
-        QCOMPARE(admin("POST", "faults", QByteArray(fault).replace(R"("times":1,)", "")).status,
-                 204);
-        QCOMPARE(admin("DELETE", "faults").status, 204);
-        QCOMPARE(send("/echo", {}, bearer, "GET").status, 200);
     }
 };
 
