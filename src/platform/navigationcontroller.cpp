@@ -1,25 +1,30 @@
 #include <Brevanti/platform/NavigationController.h>
 
+#include "platform/controllerstack.h"
+
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
 namespace bvt {
 
 NavigationController::NavigationController(ViewController *root, QObject *parent)
-    : ViewController(parent)
+    : ViewController(parent),
+      m_controllers(std::make_unique<ControllerStack>(this, [this] { showTop(false); }))
 {
     if (root)
         pushViewController(root, false);
 }
 
+NavigationController::~NavigationController() = default;
+
 QList<ViewController *> NavigationController::viewControllers() const
 {
-    return m_controllers;
+    return m_controllers->controllers();
 }
 
 ViewController *NavigationController::topViewController() const
 {
-    return m_controllers.isEmpty() ? nullptr : m_controllers.last();
+    return m_controllers->top();
 }
 
 NavigationBar *NavigationController::navigationBar()
@@ -30,38 +35,18 @@ NavigationBar *NavigationController::navigationBar()
 
 void NavigationController::pushViewController(ViewController *controller, bool animated)
 {
-    controller->setParent(this);
-    controller->m_navigationController = this;
-    m_controllers.append(controller);
-    connect(controller, &ViewController::titleChanged, this, [this, controller] {
-        if (m_bar && topViewController() == controller)
-            m_bar->setItem(controller->navigationItem());
-    });
-    // A controller deleted while on the stack leaves it, so the stack never holds a dangling one.
-    connect(controller, &QObject::destroyed, this,
-            [this, controller] { m_controllers.removeOne(controller); });
+    m_controllers->push(controller);
     // Before the view exists, loadView puts every controller's view in the stack.
     if (isViewLoaded()) {
-        m_stack->addWidget(controller->view());
+        m_pages->addWidget(controller->view());
         showTop(animated);
     }
 }
 
 ViewController *NavigationController::popViewControllerAnimated(bool animated)
 {
-    if (m_controllers.size() < 2)
-        return nullptr;
-    ViewController *popped = m_controllers.takeLast();
-    popped->m_navigationController = nullptr;
-    disconnect(popped, nullptr, this, nullptr);
-    if (m_stack && popped->m_view) {
-        m_stack->removeWidget(popped->m_view);
-        popped->m_view->hide();
-        // Parentless, the view goes with its controller, which the caller now owns.
-        popped->m_view->setParent(nullptr);
-    }
-    popped->setParent(nullptr);
-    if (isViewLoaded())
+    ViewController *popped = m_controllers->pop();
+    if (popped)
         showTop(animated);
     return popped;
 }
@@ -85,31 +70,26 @@ void NavigationController::loadView()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     m_bar = new NavigationBar(view);
-    m_stack = new QStackedWidget(view);
+    m_pages = new QStackedWidget(view);
     layout->addWidget(m_bar);
-    layout->addWidget(m_stack, 1);
+    layout->addWidget(m_pages, 1);
     setView(view);
-    for (ViewController *controller : std::as_const(m_controllers))
-        m_stack->addWidget(controller->view());
+    m_controllers->setBar(m_bar);
+    for (ViewController *controller : viewControllers())
+        m_pages->addWidget(controller->view());
     showTop(false);
 }
 
 void NavigationController::showTop(bool animated)
 {
     ViewController *top = topViewController();
-    // An empty stack shows its bare bar until the first push.
-    if (!top)
+    // An empty stack shows its bare bar until the first push; an unloaded one shows nothing yet.
+    if (!top || !isViewLoaded())
         return;
     // The stack sizes a new page only on its next layout pass; the hooks may want the size now.
-    top->view()->setGeometry(m_stack->contentsRect());
-    // The hooks only mean something when the change is seen.
-    const bool visible = m_view->isVisible();
-    if (visible)
-        top->viewWillAppear(animated);
-    m_stack->setCurrentWidget(top->view());
-    m_bar->setItem(top->navigationItem());
-    if (visible)
-        top->viewDidAppear(animated);
+    top->view()->setGeometry(m_pages->contentsRect());
+    m_controllers->showTop(animated, view()->isVisible(),
+                           [this](QWidget *page) { m_pages->setCurrentWidget(page); });
 }
 
 } // namespace bvt

@@ -1,5 +1,7 @@
 #include <Brevanti/platform/PopupController.h>
 
+#include "platform/controllerstack.h"
+
 #include <QEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -70,39 +72,39 @@ PopupNavigationBar::PopupNavigationBar(QWidget *parent) : NavigationBar(parent)
         setTitleColor(black ? Qt::white : Qt::black);
 }
 
-PopupController::PopupController(ViewController *root, QObject *parent) : QObject(parent)
+PopupController::PopupController(ViewController *root, QObject *parent)
+    : QObject(parent),
+      m_controllers(std::make_unique<ControllerStack>(this, [this] { showTop(false); }))
 {
     pushViewController(root, false);
 }
 
+PopupController::~PopupController()
+{
+    delete m_background.data();
+    delete m_container.data();
+}
+
 QList<ViewController *> PopupController::viewControllers() const
 {
-    return m_controllers;
+    return m_controllers->controllers();
 }
 
 ViewController *PopupController::topViewController() const
 {
-    return m_controllers.isEmpty() ? nullptr : m_controllers.last();
+    return m_controllers->top();
 }
 
 void PopupController::pushViewController(ViewController *controller, bool animated)
 {
-    controller->setParent(this);
-    controller->m_popupController = this;
-    m_controllers.append(controller);
-    connect(controller, &ViewController::titleChanged, this, [this, controller] {
-        if (m_bar && topViewController() == controller)
-            m_bar->setItem(controller->navigationItem());
-    });
-    if (m_container)
-        showTop(animated);
+    m_controllers->push(controller);
+    showTop(animated);
 }
 
 void PopupController::presentInViewController(ViewController *presenting)
 {
     if (m_container)
         return;
-    m_presenting = presenting;
     QWidget *window = presenting->view()->window();
 
     if (!m_background) {
@@ -121,17 +123,7 @@ void PopupController::presentInViewController(ViewController *presenting)
     m_bar = new PopupNavigationBar(m_container);
     m_bar->setVisible(!m_barHidden);
     m_content = new QWidget(m_container);
-
-    // The widgets die with the window, which may go first (with the presenting controller).
-    connect(m_background, &QObject::destroyed, this, [this] { m_background = nullptr; });
-    connect(m_container, &QObject::destroyed, this, [this] {
-        m_container = nullptr;
-        m_bar = nullptr;
-        m_content = nullptr;
-    });
-    // ...or they go with this controller, however it is deleted.
-    connect(this, &QObject::destroyed, m_background, &QObject::deleteLater);
-    connect(this, &QObject::destroyed, m_container, &QObject::deleteLater);
+    m_controllers->setBar(m_bar);
 
     window->installEventFilter(this);
     connect(&Screen::mainScreen(), &Screen::boundsChanged, this, &PopupController::layoutCard);
@@ -150,14 +142,11 @@ void PopupController::presentInViewController(ViewController *presenting)
 void PopupController::dismiss()
 {
     const bool wasPresented = isPresented();
-    if (m_background) {
+    // Out of sight now; they go with this controller.
+    if (m_background)
         m_background->hide();
-        m_background->deleteLater();
-    }
-    if (m_container) {
+    if (m_container)
         m_container->hide();
-        m_container->deleteLater();
-    }
     if (wasPresented)
         Q_EMIT dismissed();
     deleteLater();
@@ -205,7 +194,7 @@ void PopupController::setCornerRadius(double radius)
 {
     m_cornerRadius = radius;
     if (m_container)
-        static_cast<PopupCard *>(m_container)->setRadius(radius);
+        static_cast<PopupCard *>(m_container.data())->setRadius(radius);
 }
 
 bool PopupController::eventFilter(QObject *watched, QEvent *event)
@@ -217,13 +206,13 @@ bool PopupController::eventFilter(QObject *watched, QEvent *event)
 
 void PopupController::layoutCard()
 {
-    if (!m_container)
+    ViewController *top = topViewController();
+    if (!m_container || !top)
         return;
     const QWidget *window = m_container->parentWidget();
     if (m_background)
         m_background->setGeometry(window->rect());
 
-    const ViewController *top = topViewController();
     QSize content = top->contentSizeInPopup();
     // A controller with no landscape size keeps its portrait one.
     if (Screen::mainScreen().orientation() == InterfaceOrientation::Landscape
@@ -237,53 +226,39 @@ void PopupController::layoutCard()
             card));
     m_bar->setGeometry(0, 0, content.width(), barHeight);
     m_content->setGeometry(0, barHeight, content.width(), content.height());
-    if (top->m_view)
-        top->m_view->setGeometry(m_content->rect());
+    if (top->isViewLoaded())
+        top->view()->setGeometry(m_content->rect());
 }
 
 void PopupController::showTop(bool animated)
 {
-    ViewController *top = topViewController();
-    QWidget *view = top->view();
-    const bool presented = isPresented();
-    if (presented)
-        top->viewWillAppear(animated);
-    // The controllers below keep their views in the card, out of sight.
-    for (const ViewController *controller : std::as_const(m_controllers)) {
-        if (controller != top && controller->m_view)
-            controller->m_view->hide();
-    }
-    if (view->parentWidget() != m_content)
-        view->setParent(m_content);
-    m_bar->setItem(top->navigationItem());
-    layoutCard();
-    view->show();
-    if (presented)
-        top->viewDidAppear(animated);
+    if (!m_container)
+        return;
+    m_controllers->showTop(animated, isPresented(), [this](QWidget *view) {
+        // The controllers below keep their views in the card, out of sight.
+        for (ViewController *controller : viewControllers()) {
+            if (controller->isViewLoaded() && controller->view() != view)
+                controller->view()->hide();
+        }
+        if (view->parentWidget() != m_content)
+            view->setParent(m_content);
+        layoutCard();
+        view->show();
+    });
 }
 
 void PopupController::setBackgroundView(QWidget *view)
 {
     if (m_container || !view)
         return; // the background of a card on screen stays
-    delete m_background;
+    delete m_background.data();
     m_background = view;
-    connect(this, &QObject::destroyed, view, &QObject::deleteLater); // when never presented
 }
 
 ViewController *PopupController::popViewControllerAnimated(bool animated)
 {
-    if (m_controllers.size() < 2)
-        return nullptr;
-    ViewController *popped = m_controllers.takeLast();
-    disconnect(popped, nullptr, this, nullptr);
-    popped->m_popupController = nullptr;
-    if (popped->m_view) {
-        popped->m_view->hide();
-        popped->m_view->setParent(nullptr);
-    }
-    popped->setParent(nullptr);
-    if (m_container)
+    ViewController *popped = m_controllers->pop();
+    if (popped)
         showTop(animated);
     return popped;
 }

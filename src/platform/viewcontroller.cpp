@@ -1,6 +1,5 @@
 #include <Brevanti/platform/ViewController.h>
 
-// Complete types for the QPointer members.
 #include <Brevanti/platform/NavigationController.h>
 #include <Brevanti/platform/PopupController.h>
 
@@ -10,17 +9,24 @@
 
 namespace bvt {
 
+namespace {
+
+// A container holds its controllers as their parent, but not every child is on its stack (one it
+// presents is not).
+template<typename Container>
+Container *containerOf(const ViewController *controller)
+{
+    auto *container = qobject_cast<Container *>(controller->parent());
+    return container && container->viewControllers().contains(controller) ? container : nullptr;
+}
+
+} // namespace
+
 ViewController::ViewController(QObject *parent) : QObject(parent) { }
 
 ViewController::~ViewController()
 {
-    // A presented controller's view lives in this one's window, outside any container that would
-    // delete it.
-    if (m_presented)
-        delete m_presented->m_view;
-    // Inside a container's widget the view dies with that widget instead.
-    if (m_view && !m_view->parentWidget())
-        delete m_view;
+    delete m_view;
 }
 
 QWidget *ViewController::view()
@@ -57,12 +63,12 @@ NavigationItem &ViewController::navigationItem()
 
 NavigationController *ViewController::navigationController() const
 {
-    return m_navigationController;
+    return containerOf<NavigationController>(this);
 }
 
 PopupController *ViewController::popupController() const
 {
-    return m_popupController;
+    return containerOf<PopupController>(this);
 }
 
 ViewController *ViewController::presentedViewController() const
@@ -104,11 +110,8 @@ void ViewController::dismissViewController(bool animated)
     ViewController *presented = m_presented;
     m_presented = nullptr;
     presented->m_presenting = nullptr;
-    if (presented->m_view) {
-        presented->m_view->hide();
-        // Without a parent widget the view is deleted with its controller.
-        presented->m_view->setParent(nullptr);
-    }
+    if (presented->m_view)
+        presented->m_view->hide(); // and deleted with its controller
     presented->deleteLater();
 }
 

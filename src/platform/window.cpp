@@ -31,7 +31,8 @@ Window::Window(QObject *parent) : QObject(parent), m_widget(new QWidget)
 
 Window::~Window()
 {
-    // The widget takes the controllers' views with it; the root controller, a child, follows.
+    // The root first, so that it takes its view (and the views presented over it) itself.
+    delete m_root.data();
     delete m_widget;
 }
 
@@ -39,10 +40,7 @@ void Window::setRootViewController(ViewController *root)
 {
     if (root == m_root)
         return;
-    if (m_root) {
-        delete m_root->view();
-        delete m_root;
-    }
+    delete m_root.data();
     m_root = root;
     if (!root)
         return;

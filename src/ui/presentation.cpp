@@ -74,7 +74,7 @@ void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPi
     if (top)
         popup->presentInViewController(top);
     else
-        popup->deleteLater(); // nowhere to show it
+        delete popup; // nowhere to show it, so still ours
 }
 
 QColor BVTNotify::defaultNotificationColor()

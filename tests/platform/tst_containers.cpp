@@ -122,6 +122,27 @@ private Q_SLOTS:
         QCOMPARE(nav->navigationBar()->title(), QStringLiteral("first"));
         QCOMPARE(nav->popViewControllerAnimated(true), nullptr); // the first one is the root
     }
+    void aControllerTakesItsViewWithIt_data()
+    {
+        QTest::addColumn<bool>("poppedFirst");
+        QTest::newRow("deleted on a shown stack") << false;
+        QTest::newRow("popped, then deleted by the caller") << true;
+    }
+    void aControllerTakesItsViewWithIt()
+    {
+        QFETCH(bool, poppedFirst);
+        Phone phone;
+        auto *second = new Probe(QStringLiteral("second"), &phone.log);
+        phone.nav->pushViewController(second, false);
+        QPointer<QWidget> view = second->view();
+        if (poppedFirst)
+            QCOMPARE(phone.nav->popViewControllerAnimated(false), second);
+        delete second;
+        QVERIFY(!view);
+        QCOMPARE(phone.nav->viewControllers(), QList<ViewController *>{phone.root});
+        QVERIFY(phone.root->view()->isVisible());
+        QCOMPARE(phone.nav->navigationBar()->title(), QStringLiteral("root"));
+    }
     void turningThePhoneIsReportedOncePerTurn_data()
     {
         QTest::addColumn<QList<QSize>>("sizes"); // the first one when the window is shown

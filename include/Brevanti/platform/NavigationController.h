@@ -5,9 +5,13 @@
 
 #include <QList>
 
+#include <memory>
+
 class QStackedWidget;
 
 namespace bvt {
+
+class ControllerStack;
 
 // A stack of controllers under a navigation bar; the top one's view fills the rest.
 class NavigationController : public ViewController
@@ -16,6 +20,7 @@ class NavigationController : public ViewController
 public:
     // Without a root the stack starts empty; the first controller pushed then is its root.
     explicit NavigationController(ViewController *root, QObject *parent = nullptr);
+    ~NavigationController() override;
 
     QList<ViewController *> viewControllers() const;
     ViewController *topViewController() const;
@@ -34,9 +39,9 @@ protected:
 private:
     void showTop(bool animated);
 
-    QList<ViewController *> m_controllers;
+    std::unique_ptr<ControllerStack> m_controllers;
     NavigationBar *m_bar = nullptr;
-    QStackedWidget *m_stack = nullptr;
+    QStackedWidget *m_pages = nullptr;
 };
 
 } // namespace bvt

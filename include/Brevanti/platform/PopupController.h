@@ -7,7 +7,11 @@
 #include <QObject>
 #include <QPointer>
 
+#include <memory>
+
 namespace bvt {
+
+class ControllerStack;
 
 // A card over a dimmed background, in the middle of the presenting controller's view, with its own
 // navigation bar and stack of controllers. The card is sized by the top controller's
@@ -18,6 +22,7 @@ class PopupController : public QObject
     Q_OBJECT
 public:
     explicit PopupController(ViewController *root, QObject *parent = nullptr); // owns root
+    ~PopupController() override; // takes the card and background with it, if still there
 
     QList<ViewController *> viewControllers() const;
     ViewController *topViewController() const;
@@ -46,12 +51,12 @@ private:
     void layoutCard();
     void showTop(bool animated);
 
-    QList<ViewController *> m_controllers;
-    QPointer<ViewController> m_presenting;
-    QWidget *m_background = nullptr;
-    QWidget *m_container = nullptr;
-    PopupNavigationBar *m_bar = nullptr;
-    QWidget *m_content = nullptr;
+    std::unique_ptr<ControllerStack> m_controllers;
+    // In the presenting window once presented, which may take them with it when it goes first.
+    QPointer<QWidget> m_background;
+    QPointer<QWidget> m_container;
+    QPointer<PopupNavigationBar> m_bar;
+    QPointer<QWidget> m_content;
     bool m_barHidden = false;
     double m_cornerRadius = 4;
 };

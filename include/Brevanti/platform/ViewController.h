@@ -1,5 +1,17 @@
 #pragma once
 
+// Who owns what in the platform layer:
+// - A controller owns its view: the view is deleted with the controller, wherever it is parented.
+//   Containers only parent views into their own widgets; when such a widget goes first (a window
+//   closed under a popup), the views in it go too and their controllers forget them.
+// - A container (NavigationController, PopupController, TabBarController, Window) owns the
+//   controllers put into it, as their QObject parent, until it gives them back: a pop returns the
+//   controller to the caller with its view unparented.
+// - A presented controller is owned by its presenter until dismissed, then deletes itself.
+// - A PopupController belongs to the QObject parent its maker gave it (the library gives the
+//   presenting controller) until dismiss() deletes it. Presenting moves only its card and
+//   background into the presenting window, so it outlives a window closed under it.
+
 #include <Brevanti/platform/NavigationItem.h>
 #include <Brevanti/platform/Screen.h>
 
@@ -17,8 +29,7 @@ class NavigationController;
 class PopupController;
 
 // One screen: a lazily created view (a QWidget), a title, a navigation item and the appearance
-// hooks its container calls. Containers (NavigationController, PopupController, Window) take
-// ownership of the controllers put in them (QObject parent).
+// hooks its container calls.
 class ViewController : public QObject
 {
     Q_OBJECT
@@ -34,7 +45,7 @@ public:
     void setTitle(const QString &title); // also the navigation item's title
     NavigationItem &navigationItem();
 
-    // Set by the containers.
+    // The container whose stack holds this controller, if any.
     NavigationController *navigationController() const;
     PopupController *popupController() const;
     ViewController *presentedViewController() const;
@@ -66,14 +77,10 @@ protected:
     void setView(QWidget *view); // for loadView overrides
 
 private:
-    friend class NavigationController;
-    friend class PopupController;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
     QWidget *m_view = nullptr;
     NavigationItem m_navigationItem;
-    QPointer<NavigationController> m_navigationController;
-    QPointer<PopupController> m_popupController;
     QPointer<ViewController> m_presented;
     QPointer<ViewController> m_presenting;
     QSize m_contentSizeInPopup;

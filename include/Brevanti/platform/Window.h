@@ -3,6 +3,7 @@
 #include <Brevanti/platform/ViewController.h>
 
 #include <QObject>
+#include <QPointer>
 
 class QWidget;
 
@@ -26,7 +27,7 @@ public:
 
 private:
     QWidget *m_widget;
-    ViewController *m_root = nullptr;
+    QPointer<ViewController> m_root;
 };
 
 } // namespace bvt
