@@ -19,7 +19,7 @@ struct Verb;
 class BVTManager : public std::enable_shared_from_this<BVTManager>
 {
 public:
-    // Configuration and properties (client/BVTManager.cpp).
+    // The factory, with the device's registration (device/registration.cpp).
 
     // Builds a manager holding the credentials and the service's base URL, then starts the device's
     // registration (initDevice). The launch options are accepted and ignored; the credentials are
@@ -27,6 +27,9 @@ public:
     static std::shared_ptr<BVTManager> initWithLaunchOptions(const QVariantMap &launchOptions,
                                                              const QString &clientId,
                                                              const QString &clientSecret);
+
+    // Configuration and properties (client/BVTManager.cpp).
+
     ~BVTManager();
 
     BVTManager(const BVTManager &) = delete;

@@ -1,9 +1,24 @@
 #include <Brevanti/BVTManager.h>
 
+#include "client/origin.h"
 #include "core/deviceguard.h"
 #include "core/log.h"
 
 #include <stdexcept>
+
+std::shared_ptr<BVTManager> BVTManager::initWithLaunchOptions(const QVariantMap &launchOptions,
+                                                              const QString &clientId,
+                                                              const QString &clientSecret)
+{
+    Q_UNUSED(launchOptions); // accepted for the host's convenience; nothing in them is used
+    std::shared_ptr<BVTManager> manager(new BVTManager);
+    manager->m_clientId = clientId;
+    manager->m_clientSecret = clientSecret;
+    manager->m_origin = bvt::serviceOrigin();
+    manager->m_currentUser = QString();
+    manager->initDevice();
+    return manager;
+}
 
 void BVTManager::initDevice()
 {
