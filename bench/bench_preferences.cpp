@@ -62,11 +62,11 @@ int main(int argc, char **argv)
     }
     const int createdScrolling = table->cellsCreated() - createdFirst;
 
-    std::printf("%-58s %12.1f %12s\n", "load and first paint, 2000 rows (ms)", loadMs, "");
-    std::printf("%-58s %12d %12s\n", "rows visible on the first screen", visible, "");
-    std::printf("%-58s %12d %12s\n", "cell widgets created for the first screen", createdFirst,
+    std::printf("%-60s %21.1f %15s\n", "load and first paint, 2000 rows (ms)", loadMs, "");
+    std::printf("%-60s %21d %15s\n", "rows visible on the first screen", visible, "");
+    std::printf("%-60s %21d %15s\n", "cell widgets created for the first screen", createdFirst,
                 "<= visible+2");
-    std::printf("%-58s %12d %12s\n", "cell widgets created scrolling top to bottom",
+    std::printf("%-60s %21d %15s\n", "cell widgets created scrolling top to bottom",
                 createdScrolling, "<= pool (2)");
     return 0;
 }
