@@ -1,59 +1,46 @@
-#include <Brevanti/platform/NavigationController.h>
-#include <Brevanti/platform/PopupController.h>
-#include <Brevanti/platform/Window.h>
+#include "phonewindow.h"
 
-#include <QAction>
+#include <Brevanti/platform/PopupController.h>
+#include <Brevanti/platform/TabBarController.h>
+
 #include <QApplication>
 #include <QLabel>
 #include <QScreen>
 #include <QSignalSpy>
+#include <QTabBar>
 #include <QTest>
 #include <QToolButton>
 
 using namespace bvt;
+using Turns = QList<InterfaceOrientation>;
+using Style = PopupNavigationBar::BarStyle;
 
 namespace {
 
-const QSize portrait(375, 667);
-const QSize landscape(667, 375);
-using Turns = QList<InterfaceOrientation>;
+const QSize portrait = PhoneWindow::portrait;
+const QSize landscape = portrait.transposed();
+QString hooks; // "name:hook ...", in the order the containers called them
 
-// Logs the containers' calls, in order, into a list shared by the controllers of a test.
-class Probe : public ViewController
+// A controller that logs its hooks and turns, with a card size of its own.
+struct Probe : ViewController
 {
-public:
-    Probe(const QString &name, QStringList *log) : name(name), log(log)
+    explicit Probe(const QString &name, const QSize &card = {345, 400}) : name(name)
     {
         setTitle(name);
-        setContentSizeInPopup({345, 400});
+        setContentSizeInPopup(card);
         setLandscapeContentSizeInPopup({637, 315});
     }
+    void viewDidLoad() override { hooks += name + ":load "; }
     void viewWillAppear(bool) override
     {
+        hooks += name + ":will ";
         willSize = view()->size();
-        log->append(name + QStringLiteral(":will"));
     }
-    void viewDidAppear(bool) override { log->append(name + QStringLiteral(":did")); }
+    void viewDidAppear(bool) override { hooks += name + ":did "; }
     void didRotateFromInterfaceOrientation(InterfaceOrientation from) override { turns << from; }
-    void viewDidLoad() override { log->append(name + QStringLiteral(":load")); }
     QString name;
-    QStringList *log;
-    QList<InterfaceOrientation> turns;
     QSize willSize;
-};
-
-// A shown phone window whose root is a navigation controller.
-struct Phone
-{
-    QStringList log;
-    Window window;
-    Probe *root = new Probe(QStringLiteral("root"), &log);
-    NavigationController *nav = new NavigationController(root);
-    Phone()
-    {
-        window.setRootViewController(nav);
-        window.show();
-    }
+    Turns turns;
 };
 
 } // namespace
@@ -62,199 +49,220 @@ class TestContainers : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { Screen::mainScreen().setPhoneSize(portrait); }
-    void cleanup() { PopupNavigationBar::appearance() = {}; }
+    void init();
+    void navigationOrdersViewsAndHooks_data();
+    void navigationOrdersViewsAndHooks();
+    void aControllerTakesItsViewWithIt_data();
+    void aControllerTakesItsViewWithIt();
+    void tabsShowTheSelectedController();
+    void popupCardShowsOnlyTheTopController_data();
+    void popupCardShowsOnlyTheTopController();
 
-    void navigationAndPresentationOrderViewsAndHooks()
-    {
-        Phone phone;
-        QCOMPARE(phone.log, QStringList({"root:load", "root:will", "root:did"}));
-        QCOMPARE(phone.root->view()->size(), QSize(375, 623));
-        QCOMPARE(phone.root->view()->mapTo(phone.window.widget(), QPoint()), QPoint(0, 44));
-        NavigationBar *bar = phone.nav->navigationBar();
-        QCOMPARE(bar->title(), QStringLiteral("root"));
-        auto *second = new Probe(QStringLiteral("second"), &phone.log);
-        QAction edit(QStringLiteral("Edit"));
-        second->navigationItem().rightBarButtonItem = &edit;
-        phone.nav->pushViewController(second, true);
-        QCOMPARE(second->navigationController(), phone.nav);
-        QCOMPARE(second->willSize, QSize(375, 623));
-        QCOMPARE(phone.log.mid(3), QStringList({"second:load", "second:will", "second:did"}));
-        QVERIFY(second->view()->isVisible() && !phone.root->view()->isVisible());
-        QVERIFY(bar->rightButton()->isVisible());
-        QCOMPARE(bar->rightButton()->text(), QStringLiteral("Edit"));
-        second->setTitle(QStringLiteral("Details"));
-        phone.root->setTitle(QStringLiteral("hidden below"));
-        QCOMPARE(bar->title(), QStringLiteral("Details"));
-        QScopedPointer<ViewController> popped(phone.nav->popViewControllerAnimated(true));
-        QVERIFY(popped.data() == second && !second->navigationController() && !second->parent());
-        QCOMPARE(phone.log.mid(6), QStringList({"root:will", "root:did"}));
-        QCOMPARE(bar->title(), QStringLiteral("hidden below"));
-        QVERIFY(bar->rightButton()->isHidden());
-        QCOMPARE(phone.nav->popViewControllerAnimated(false), nullptr);
-        QPointer<ViewController> modal = new Probe(QStringLiteral("modal"), &phone.log);
-        phone.nav->presentViewController(modal, true);
-        QCOMPARE(phone.nav->presentedViewController(), modal.data());
-        QCOMPARE(modal->presentingViewController(), phone.nav);
-        QCOMPARE(phone.log.mid(8), QStringList({"modal:load", "modal:will", "modal:did"}));
-        Screen::mainScreen().setPhoneSize(landscape);
-        QCOMPARE(modal->view()->geometry(), phone.window.widget()->rect());
-        QPointer<QWidget> modalView = modal->view();
-        modal->dismissViewController(true);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QVERIFY(!modal && !modalView);
-    }
-    void navigationStackMayStartEmpty()
-    {
-        QStringList log;
-        Window window;
-        auto *nav = new NavigationController(nullptr);
-        window.setRootViewController(nav);
-        window.show();
-        QVERIFY(nav->viewControllers().isEmpty() && !nav->topViewController());
-        QCOMPARE(nav->navigationBar()->title(), QString());
-        QCOMPARE(nav->popViewControllerAnimated(true), nullptr);
-        auto *first = new Probe(QStringLiteral("first"), &log);
-        nav->pushViewController(first, true);
-        QCOMPARE(nav->topViewController(), first);
-        QCOMPARE(log, QStringList({"first:load", "first:will", "first:did"}));
-        QVERIFY(first->view()->isVisible());
-        QCOMPARE(nav->navigationBar()->title(), QStringLiteral("first"));
-        QCOMPARE(nav->popViewControllerAnimated(true), nullptr); // the first one is the root
-    }
-    void aControllerTakesItsViewWithIt_data()
-    {
-        QTest::addColumn<bool>("poppedFirst");
-        QTest::newRow("deleted on a shown stack") << false;
-        QTest::newRow("popped, then deleted by the caller") << true;
-    }
-    void aControllerTakesItsViewWithIt()
-    {
-        QFETCH(bool, poppedFirst);
-        Phone phone;
-        auto *second = new Probe(QStringLiteral("second"), &phone.log);
-        phone.nav->pushViewController(second, false);
-        QPointer<QWidget> view = second->view();
-        if (poppedFirst)
-            QCOMPARE(phone.nav->popViewControllerAnimated(false), second);
-        delete second;
-        QVERIFY(!view);
-        QCOMPARE(phone.nav->viewControllers(), QList<ViewController *>{phone.root});
-        QVERIFY(phone.root->view()->isVisible());
-        QCOMPARE(phone.nav->navigationBar()->title(), QStringLiteral("root"));
-    }
-    void turningThePhoneIsReportedOncePerTurn_data()
-    {
-        QTest::addColumn<QList<QSize>>("sizes"); // the first one when the window is shown
-        QTest::addColumn<Turns>("turns");
-        const auto p = InterfaceOrientation::Portrait, l = InterfaceOrientation::Landscape;
-        QTest::newRow("turned and back") << QList{portrait, landscape, portrait} << Turns{p, l};
-        QTest::newRow("taller") << QList{portrait, QSize(375, 812)} << Turns();
-        QTest::newRow("landscape from the start") << QList{landscape} << Turns();
-    }
-    void turningThePhoneIsReportedOncePerTurn()
-    {
-        QFETCH(QList<QSize>, sizes);
-        Screen::mainScreen().setPhoneSize(sizes.takeFirst());
-        Phone phone;
-        for (const QSize &size : std::as_const(sizes))
-            Screen::mainScreen().setPhoneSize(size);
-        QTEST(phone.root->turns, "turns");
-        Screen::mainScreen().setPhoneSize({});
-        QCOMPARE(Screen::mainScreen().bounds().size(), QApplication::primaryScreen()->size());
-    }
-    void popupCardFollowsTheTopController_data()
-    {
-        QTest::addColumn<QSize>("phoneSize");
-        QTest::addColumn<bool>("barHidden");
-        QTest::addColumn<bool>("push");
-        QTest::addColumn<QRect>("card");
-        QTest::newRow("portrait") << portrait << false << false << QRect(15, 111, 345, 444);
-        QTest::newRow("landscape") << landscape << false << false << QRect(15, 8, 637, 359);
-        QTest::newRow("bar hidden") << portrait << true << false << QRect(15, 133, 345, 400);
-        QTest::newRow("pushed") << portrait << false << true << QRect(37, 211, 300, 244);
-    }
-    void popupCardFollowsTheTopController()
-    {
-        QFETCH(QSize, phoneSize);
-        QFETCH(bool, barHidden);
-        QFETCH(bool, push);
-        QFETCH(QRect, card);
-        Phone phone;
-        auto *popup = new PopupController(new Probe(QStringLiteral("a"), &phone.log));
-        popup->presentInViewController(phone.root);
-        QCOMPARE(phone.log.mid(3), QStringList({"a:load", "a:will", "a:did"}));
-        popup->setNavigationBarHidden(barHidden, false);
-        Screen::mainScreen().setPhoneSize(phoneSize);
-        if (push) {
-            auto *b = new Probe(QStringLiteral("b"), &phone.log);
-            b->setContentSizeInPopup({300, 200});
-            popup->pushViewController(b, false);
-            QCOMPARE(phone.log.mid(6), QStringList({"b:load", "b:will", "b:did"}));
-        }
-        QCOMPARE(popup->backgroundView()->geometry(), phone.window.widget()->rect());
-        QCOMPARE(popup->containerView()->geometry(), card);
-        QCOMPARE(popup->navigationBar()->isVisible(), !barHidden);
-        QCOMPARE(popup->viewControllers().first()->view()->isVisible(), !push);
-        QWidget *top = popup->topViewController()->view();
-        QVERIFY(top->isVisible());
-        const QRect content = card.adjusted(0, barHidden ? 0 : 44, 0, 0);
-        QCOMPARE(QRect(top->mapTo(phone.window.widget(), QPoint()), top->size()), content);
-        popup->viewControllers().first()->setTitle(QStringLiteral("renamed"));
-        QCOMPARE(popup->navigationBar()->title(), QString(push ? "b" : "renamed"));
-        popup->dismiss();
-    }
-    void dismissingReleasesEverythingOnce_data()
-    {
-        QTest::addColumn<bool>("windowGoesFirst");
-        QTest::newRow("dismissed while shown") << false;
-        QTest::newRow("window deleted first") << true;
-    }
-    void dismissingReleasesEverythingOnce()
-    {
-        QFETCH(bool, windowGoesFirst);
-        QScopedPointer<Phone> phone(new Phone);
-        QPointer<ViewController> content = new Probe(QStringLiteral("a"), &phone->log);
-        QPointer<PopupController> popup = new PopupController(content);
-        popup->presentInViewController(phone->root);
-        QPointer<QWidget> background = popup->backgroundView();
-        QCOMPARE(background->palette().color(QPalette::Window).rgba(), qRgba(0, 0, 0, 128));
-        QSignalSpy dismissed(popup.data(), &PopupController::dismissed);
-        if (windowGoesFirst)
-            phone.reset();
-        popup->dismiss();
-        popup->dismiss();
-        QCOMPARE(dismissed.count(), windowGoesFirst ? 0 : 1);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QVERIFY(!popup && !content && !background);
-    }
-    void popupBarTakesTheAppearance_data()
-    {
-        QTest::addColumn<PopupNavigationBar::BarStyle>("style");
-        QTest::addColumn<QColor>("tint");
-        QTest::addColumn<QColor>("bar");
-        QTest::addColumn<QColor>("titleColor");
-        using Style = PopupNavigationBar::BarStyle;
-        const QColor white(Qt::white), black(Qt::black);
-        QTest::newRow("default") << Style::Default << QColor() << white << black;
-        QTest::newRow("black") << Style::Black << QColor() << black << white;
-        QTest::newRow("tinted") << Style::Default << QColor(Qt::red) << white << black;
-    }
-    void popupBarTakesTheAppearance()
-    {
-        QFETCH(PopupNavigationBar::BarStyle, style);
-        QFETCH(QColor, tint);
-        PopupNavigationBar::appearance().barStyle = style;
-        PopupNavigationBar::appearance().tintColor = tint;
-        PopupNavigationBar bar;
-        QTEST(bar.grab().toImage().pixelColor(100, 10), "bar");
-        const QLabel *title = bar.findChild<QLabel *>();
-        QTEST(title->palette().color(QPalette::WindowText), "titleColor");
-        QVERIFY(title->font().bold() && title->font().pixelSize() == 17);
-        const QColor button = tint.isValid() ? tint : QColor::fromRgbF(0, 0.48f, 1);
-        QCOMPARE(bar.rightButton()->palette().color(QPalette::ButtonText), button);
-    }
+private:
+    Probe *m_root = nullptr; // the first on a navigation stack, the root of the window
+    std::unique_ptr<PhoneWindow> m_phone;
 };
+
+void TestContainers::init()
+{
+    m_phone.reset();
+    hooks.clear();
+    PopupNavigationBar::appearance() = {};
+    m_root = new Probe(QStringLiteral("root"));
+    m_phone = std::make_unique<PhoneWindow>(new NavigationController(m_root));
+}
+
+void TestContainers::navigationOrdersViewsAndHooks_data()
+{
+    QTest::addColumn<bool>("startsEmpty"); // the root is pushed once the window is shown
+    QTest::addColumn<QSize>("screen");
+    QTest::addColumn<QRect>("page"); // below the bar
+    QTest::newRow("with a root") << false << portrait << QRect(0, 44, 375, 623);
+    QTest::newRow("empty at first, landscape") << true << landscape << QRect(0, 44, 667, 331);
+}
+
+void TestContainers::navigationOrdersViewsAndHooks()
+{
+    QFETCH(bool, startsEmpty);
+    QFETCH(QSize, screen);
+    QFETCH(QRect, page);
+    if (startsEmpty) {
+        m_phone = std::make_unique<PhoneWindow>(new NavigationController(nullptr), screen);
+        QVERIFY(m_phone->navigation()->viewControllers().isEmpty());
+        QCOMPARE(m_phone->navigation()->navigationBar()->title(), QString());
+        QCOMPARE(m_phone->navigation()->popViewControllerAnimated(true), nullptr);
+        hooks.clear();
+        m_phone->navigation()->pushViewController(m_root = new Probe("root"), true);
+    }
+    NavigationController *nav = m_phone->navigation();
+    QCOMPARE(hooks, "root:load root:will root:did ");
+    QCOMPARE(m_phone->frameOf(m_root->view()), page);
+    NavigationBar *bar = nav->navigationBar();
+    QCOMPARE(bar->title(), "root");
+    auto *second = new Probe(QStringLiteral("second"));
+    hooks.clear();
+    nav->pushViewController(second, true);
+    QCOMPARE(second->navigationController(), nav);
+    QCOMPARE(second->willSize, page.size());
+    QCOMPARE(hooks, "second:load second:will second:did ");
+    QVERIFY(second->view()->isVisible() && !m_root->view()->isVisible());
+    second->setTitle(QStringLiteral("Details"));
+    m_root->setTitle(QStringLiteral("hidden below"));
+    QCOMPARE(bar->title(), "Details");
+    hooks.clear();
+    QScopedPointer<ViewController> popped(nav->popViewControllerAnimated(true));
+    QVERIFY(popped.data() == second && !second->navigationController() && !second->parent());
+    QCOMPARE(hooks, "root:will root:did ");
+    QCOMPARE(bar->title(), "hidden below");
+    QCOMPARE(nav->popViewControllerAnimated(false), nullptr); // never the root
+
+    // Presented over everything, following the window, gone once dismissed.
+    QPointer<ViewController> modal = new Probe(QStringLiteral("modal"));
+    hooks.clear();
+    nav->presentViewController(modal, true);
+    QVERIFY(nav->presentedViewController() == modal && modal->presentingViewController() == nav);
+    QCOMPARE(hooks, "modal:load modal:will modal:did ");
+    // Turned, then resized without a turn: one turn reported, from the first orientation.
+    Screen::mainScreen().setPhoneSize(screen.transposed());
+    Screen::mainScreen().setPhoneSize(screen.transposed() + QSize(100, 100));
+    QCOMPARE(m_root->turns, Turns{Screen::orientationOf(screen)});
+    QVERIFY(modal->view()->isVisible());
+    QCOMPARE(modal->view()->geometry(), m_phone->widget()->rect());
+    Screen::mainScreen().setPhoneSize({});
+    QCOMPARE(Screen::mainScreen().bounds().size(), QApplication::primaryScreen()->size());
+    QPointer<QWidget> modalView = modal->view();
+    modal->dismissViewController(true);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!modal && !modalView);
+}
+
+void TestContainers::aControllerTakesItsViewWithIt_data()
+{
+    QTest::addColumn<bool>("poppedFirst");
+    QTest::newRow("deleted on a shown stack") << false;
+    QTest::newRow("popped, then deleted by the caller") << true;
+}
+
+void TestContainers::aControllerTakesItsViewWithIt()
+{
+    QFETCH(bool, poppedFirst);
+    NavigationController *nav = m_phone->navigation();
+    auto *second = new Probe(QStringLiteral("second"));
+    nav->pushViewController(second, false);
+    QPointer<QWidget> view = second->view();
+    if (poppedFirst)
+        QCOMPARE(nav->popViewControllerAnimated(false), second);
+    delete second;
+    QVERIFY(!view);
+    QCOMPARE(nav->viewControllers(), QList<ViewController *>{m_root});
+    QVERIFY(m_root->view()->isVisible());
+    QCOMPARE(nav->navigationBar()->title(), QStringLiteral("root"));
+}
+
+void TestContainers::tabsShowTheSelectedController()
+{
+    auto *tabs = new TabBarController;
+    tabs->setViewControllers({new Probe("first"), new Probe("second"), new Probe("third")});
+    tabs->setSelectedIndex(1); // before the view exists
+    hooks.clear();
+    m_phone = std::make_unique<PhoneWindow>(tabs);
+    const auto shown = [tabs] {
+        QString visible;
+        for (ViewController *controller : tabs->viewControllers())
+            visible += controller->view()->isVisible() ? 'x' : '-';
+        return visible;
+    };
+    QCOMPARE(shown(), "-x-");
+    QCOMPARE(hooks, "first:load second:load third:load second:will second:did ");
+    auto *bar = tabs->view()->findChild<QTabBar *>();
+    QCOMPARE(bar->tabText(2), "third");
+    tabs->setSelectedIndex(2);
+    QVERIFY(shown() == "--x" && bar->currentIndex() == 2);
+    tabs->setSelectedIndex(3); // no such tab
+    QCOMPARE(tabs->selectedIndex(), 2);
+    bar->setCurrentIndex(0); // as a tap on the tab does
+    QVERIFY(shown() == "x--" && tabs->selectedIndex() == 0);
+}
+
+void TestContainers::popupCardShowsOnlyTheTopController_data()
+{
+    QTest::addColumn<QSize>("phoneSize");
+    QTest::addColumn<bool>("barHidden");
+    QTest::addColumn<int>("push"); // b on a: 0 never, 1 once shown, 2 before it is presented
+    QTest::addColumn<QRect>("card");
+    QTest::addColumn<int>("end"); // 0 dismissed, 1 the window deleted first, 2 the popup deleted
+    QTest::addColumn<Style>("style"); // of the bar, no colours given
+    const auto white = Style::Default, black = Style::Black;
+    QTest::newRow("portrait") << portrait << false << 0 << QRect(15, 111, 345, 444) << 0 << white;
+    QTest::newRow("landscape") << landscape << false << 0 << QRect(15, 8, 637, 359) << 1 << black;
+    QTest::newRow("bar hidden") << portrait << true << 0 << QRect(15, 133, 345, 400) << 2 << white;
+    QTest::newRow("pushed") << portrait << false << 1 << QRect(37, 211, 300, 244) << 0 << white;
+    QTest::newRow("pushed before")
+            << portrait << false << 2 << QRect(37, 211, 300, 244) << 0 << white;
+}
+
+void TestContainers::popupCardShowsOnlyTheTopController()
+{
+    QFETCH(QSize, phoneSize);
+    QFETCH(bool, barHidden);
+    QFETCH(int, push);
+    QFETCH(QRect, card);
+    QFETCH(int, end);
+    QFETCH(Style, style);
+    PopupNavigationBar::appearance().barStyle = style;
+    QPointer<Probe> a = new Probe(QStringLiteral("a"));
+    auto *b = new Probe(QStringLiteral("b"), {300, 200});
+    QPointer<PopupController> popup = new PopupController(a);
+    if (push == 2)
+        popup->pushViewController(b, false);
+    hooks.clear();
+    popup->presentInViewController(m_root);
+    popup->setNavigationBarHidden(barHidden, false);
+    Screen::mainScreen().setPhoneSize(phoneSize);
+    if (push == 1)
+        popup->pushViewController(b, false);
+    QCOMPARE(hooks,
+             QString(push == 2 ? "" : "a:load a:will a:did ")
+                     + (push ? "b:load b:will b:did " : ""));
+    QPointer<QWidget> background = popup->backgroundView(), container = popup->containerView();
+    QCOMPARE(background->geometry(), m_phone->widget()->rect());
+    QCOMPARE(background->palette().color(QPalette::Window).rgba(), qRgba(0, 0, 0, 128));
+    QCOMPARE(container->geometry(), card);
+    QCOMPARE(popup->navigationBar()->isVisible(), !barHidden);
+    const QImage bar = popup->navigationBar()->grab().toImage();
+    const bool black = style == Style::Black;
+    const QColor shade(black ? Qt::black : Qt::white), ink(black ? Qt::white : Qt::black);
+    QVERIFY(bar.pixelColor(100, 10) == shade && bar.pixelColor(100, 42) == shade);
+    QCOMPARE(bar.pixelColor(100, 43), QColor(204, 204, 204)); // the lower edge
+    const QLabel *title = popup->navigationBar()->findChild<QLabel *>();
+    QCOMPARE(title->palette().color(QPalette::WindowText), ink);
+    QVERIFY(title->font().bold() && title->font().pixelSize() == 17);
+    QCOMPARE(popup->navigationBar()->rightButton()->palette().color(QPalette::ButtonText),
+             QColor::fromRgbF(0, 0.48f, 1));
+    QWidget *top = popup->topViewController()->view();
+    QVERIFY(top->isVisible());
+    QCOMPARE(m_phone->frameOf(top), card.adjusted(0, barHidden ? 0 : 44, 0, 0));
+    QCOMPARE(a->view()->isVisible(), !push);
+    a->setTitle(QStringLiteral("renamed"));
+    QCOMPARE(popup->navigationBar()->title(), push ? "b" : "renamed");
+    QCOMPARE(popup->popViewControllerAnimated(false), push ? b : nullptr); // never the root
+    delete b;
+    QVERIFY(a->view()->isVisible() && popup->navigationBar()->title() == "renamed");
+
+    // However it ends, everything goes, and the end is reported once if it was seen.
+    QSignalSpy dismissed(popup.data(), &PopupController::dismissed);
+    if (end == 1)
+        m_phone.reset();
+    if (end == 2) {
+        delete popup;
+    } else {
+        popup->dismiss();
+        popup->dismiss();
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(dismissed.count(), end == 0 ? 1 : 0);
+    QVERIFY(!popup && !a && !background && !container);
+}
 
 QTEST_MAIN(TestContainers)
 

@@ -1,11 +1,9 @@
-#include <Brevanti/platform/Switch.h>
-#include <Brevanti/platform/TableView.h>
-#include <Brevanti/platform/ViewTag.h>
+#include "phonewindow.h"
 
-#include <QApplication>
+#include <Brevanti/platform/TableView.h>
+
 #include <QLabel>
 #include <QPointer>
-#include <QScrollBar>
 #include <QTest>
 
 using bvt::IndexPath;
@@ -18,7 +16,7 @@ namespace {
 struct Model : bvt::TableViewDataSource, bvt::TableViewDelegate
 {
     int cellRequests = 0;
-    QMap<int, int> headers;
+    QMap<int, int> headers; // how often each section's header was asked for
     QList<IndexPath> selections;
     static int top(const IndexPath &p) { return p.section * (50 + 20 * 60) + 50 + p.row * 60; }
     int numberOfSectionsInTableView(TableView *) override { return 100; }
@@ -32,7 +30,7 @@ struct Model : bvt::TableViewDataSource, bvt::TableViewDelegate
         ++headers[s];
         return new QWidget;
     }
-    // Never refilled: a reused cell must come back exactly as it left.
+    // A cell is built only when the pool has none to hand back.
     TableViewCell *cellForRowAtIndexPath(TableView *table, const IndexPath &p) override
     {
         ++cellRequests;
@@ -40,7 +38,6 @@ struct Model : bvt::TableViewDataSource, bvt::TableViewDelegate
         if (!cell) {
             cell = new TableViewCell(TableViewCell::Style::Default, QStringLiteral("row"));
             new QLabel(QStringLiteral("%1.%2").arg(p.section).arg(p.row), cell->contentView());
-            cell->setAccessoryView(new bvt::Switch);
         }
         return cell;
     }
@@ -51,171 +48,133 @@ struct Model : bvt::TableViewDataSource, bvt::TableViewDelegate
 class TestTable : public QObject
 {
     Q_OBJECT
-
-private slots:
-    void init()
-    {
-        // The old table goes before the model it points to.
-        m_table = std::make_unique<TableView>(TableView::Style::Grouped);
-        m_model = std::make_unique<Model>();
-        m_table->resize(375, 667);
-        m_table->setDelegate(m_model.get());
-        m_table->setDataSource(m_model.get());
-        m_table->show();
-        QVERIFY(QTest::qWaitForWindowExposed(m_table.get()));
-    }
-    void onlyVisibleRowsHaveCells_data()
-    {
-        QTest::addColumn<int>("offset");
-        QTest::newRow("top") << 0;
-        QTest::newRow("across a section boundary") << 1000;
-        QTest::newRow("beyond the end") << 200000;
-    }
-    void onlyVisibleRowsHaveCells()
-    {
-        QFETCH(int, offset);
-        m_table->setContentOffset(offset);
-        const int viewTop = int(m_table->contentOffset());
-        const QSize view = m_table->viewport()->size();
-        QCOMPARE(m_table->contentHeight(), 125000.0);
-        QCOMPARE(viewTop, qMin(offset, 125000 - view.height()));
-        QList<IndexPath> expected;
-        for (int i = 0; i < 2000; ++i) {
-            const IndexPath p{i / 20, i % 20};
-            if (Model::top(p) < viewTop + view.height() && Model::top(p) + 60 > viewTop)
-                expected << p;
-        }
-        QCOMPARE(m_table->indexPathsForVisibleRows(), expected);
-        int shown = 0;
-        for (TableViewCell *cell : m_table->viewport()->findChildren<TableViewCell *>())
-            shown += cell->isVisible();
-        QCOMPARE(shown, expected.size());
-        for (const IndexPath &p : expected)
-            QCOMPARE(m_table->cellForRowAtIndexPath(p)->geometry(),
-                     QRect(0, Model::top(p) - viewTop, view.width(), 60));
-    }
-    void scrollingReusesCells_data()
-    {
-        QTest::addColumn<int>("step");
-        QTest::newRow("7 px") << 7;
-        QTest::newRow("one row") << 60;
-        QTest::newRow("half a screen") << 330;
-    }
-    void scrollingReusesCells()
-    {
-        QFETCH(int, step);
-        QCOMPARE(m_table->cellsCreated(), 11);
-        const int bottom = m_table->verticalScrollBar()->maximum();
-        for (int y = 0; y < bottom + step; y += step)
-            m_table->setContentOffset(qMin(y, bottom));
-        QCOMPARE(m_table->indexPathsForVisibleRows().last(), (IndexPath{99, 19}));
-        QVERIFY(m_table->cellsCreated() <= 11 + TableView::poolLimit);
-    }
-    void reusedCellComesBackUnrefilled()
-    {
-        TableViewCell *first = m_table->cellForRowAtIndexPath({0, 0});
-        m_table->setContentOffset(120); // row 0.0 leaves, rows 0.11 and 0.12 enter
-        QCOMPARE(m_table->cellForRowAtIndexPath({0, 11}), first);
-        QCOMPARE(first->findChild<QLabel *>()->text(), QStringLiteral("0.0"));
-    }
-    void headers()
-    {
-        const double top = 50 + 20 * 60;
-        const int width = m_table->viewport()->width();
-        QCOMPARE(m_table->rectForHeaderInSection(1), QRectF(0, top, width, 50));
-        QPointer<QWidget> header0 = m_table->headerViewForSection(0);
-        QVERIFY(header0);
-        m_table->setContentOffset(1200);
-        QCOMPARE(m_table->headerViewForSection(1)->geometry(), QRect(0, 50, width, 50));
-        m_table->setContentOffset(5000);
-        QCOMPARE(m_table->headerViewForSection(0), nullptr);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QVERIFY(!header0); // the table deleted what it owned
-        m_table->setContentOffset(0);
-        QCOMPARE(m_model->headers, (QMap<int, int>{{0, 2}, {1, 1}, {4, 1}}));
-    }
-    void reloadAsksAgainAndReusesPooledCells()
-    {
-        const QList<TableViewCell *> cells = m_table->viewport()->findChildren<TableViewCell *>();
-        const QList<QPointer<TableViewCell>> before(cells.cbegin(), cells.cend());
-        m_table->selectRowAtIndexPath({0, 1}); // its cell is pooled, then reused
-        m_table->reloadData();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QCOMPARE(m_model->cellRequests, 22);
-        QCOMPARE(m_model->headers.value(0), 2);
-        QCOMPARE(m_table->cellsCreated(), 11); // every visible cell came back
-        QCOMPARE(before.count(nullptr), 0);
-        QVERIFY(m_table->indexPathsForSelectedRows().isEmpty());
-        for (const IndexPath &p : m_table->indexPathsForVisibleRows())
-            QVERIFY(!m_table->cellForRowAtIndexPath(p)->isSelected());
-    }
-    void tapSelects()
-    {
-        TableViewCell *cell = m_table->cellForRowAtIndexPath({0, 2});
-        // On the label, through the window: the click takes Qt's real routing up to the cell.
-        QTest::mouseClick(m_table->windowHandle(), Qt::LeftButton, {},
-                          cell->findChild<QLabel *>()->mapTo(m_table.get(), QPoint(2, 2)));
-        QCOMPARE(m_model->selections, QList<IndexPath>{(IndexPath{0, 2})});
-        QCOMPARE(m_table->indexPathsForSelectedRows(), QList<IndexPath>{(IndexPath{0, 2})});
-        QVERIFY(cell->isSelected());
-        m_table->deselectRowAtIndexPath({0, 2}, true);
-        QVERIFY(!cell->isSelected() && m_table->indexPathsForSelectedRows().isEmpty());
-    }
-    void separators()
-    {
-        m_table->setContentOffset(1000); // the end of section 0 and the start of section 1
-        const QImage image = m_table->viewport()->grab().toImage();
-        const auto under = [&](const IndexPath &p, int x) {
-            return image.pixel(x, m_table->cellForRowAtIndexPath(p)->geometry().bottom());
-        };
-        const QRgb separator = QColor::fromRgbF(0.78, 0.78, 0.8).rgb();
-        QCOMPARE(under({0, 18}, 100), separator);
-        QCOMPARE(under({0, 18}, 5), qRgb(255, 255, 255));   // within the inset
-        QCOMPARE(under({0, 19}, 100), qRgb(255, 255, 255)); // a section's last row
-    }
-    void switchReportsOnlyUserFlips_data()
-    {
-        QTest::addColumn<bool>("from");
-        QTest::addColumn<bool>("click");
-        QTest::newRow("click off") << false << true;
-        QTest::newRow("click on") << true << true;
-        QTest::newRow("setOn") << false << false;
-        QTest::newRow("setOn off") << true << false;
-    }
-    void switchReportsOnlyUserFlips()
-    {
-        QFETCH(bool, from);
-        QFETCH(bool, click);
-        auto *control = qobject_cast<bvt::Switch *>(
-                m_table->cellForRowAtIndexPath({0, 1})->accessoryView());
-        control->setOn(from, false);
-        QList<bool> seen;
-        connect(control, &bvt::Switch::valueChanged, [&] { seen << control->isOn(); });
-        click ? QTest::mouseClick(control, Qt::LeftButton) : control->setOn(!from, true);
-        QCOMPARE(control->isChecked(), !from);
-        QCOMPARE(seen, QList<bool>(click, !from)); // emitted once the state had changed
-        QVERIFY(m_model->selections.isEmpty());    // the switch took the click, not the cell
-    }
-    void viewWithTag()
-    {
-        QLabel *label = m_table->cellForRowAtIndexPath({0, 5})->findChild<QLabel *>();
-        bvt::setViewTag(label, 7);
-        bvt::setViewTag(m_table.get(), 1);
-        QCOMPARE(bvt::viewWithTag(m_table.get(), 7), label);
-        QCOMPARE(bvt::viewWithTag(m_table.get(), 1), m_table.get());
-        QCOMPARE(bvt::viewWithTag(m_table.get(), 9), nullptr);
-    }
+private Q_SLOTS:
+    void init();
+    void scrollingShowsWhatIsInView_data();
+    void scrollingShowsWhatIsInView();
+    void selectionByTapAndReload_data();
+    void selectionByTapAndReload();
 
 private:
     std::unique_ptr<Model> m_model;
-    std::unique_ptr<TableView> m_table;
+    std::unique_ptr<PhoneWindow> m_phone; // deleted first: its table points to the model
+    TableView *m_table = nullptr;         // filling the window
 };
 
-int main(int argc, char **argv)
+void TestTable::init()
 {
-    QApplication app(argc, argv);
-    TestTable test;
-    return QTest::qExec(&test, argc, argv);
+    m_phone.reset();
+    m_model = std::make_unique<Model>();
+    m_phone = std::make_unique<PhoneWindow>(new bvt::ViewController);
+    m_table = new TableView(TableView::Style::Grouped, m_phone->root()->view());
+    m_table->setGeometry(m_phone->widget()->rect());
+    m_table->setDelegate(m_model.get());
+    m_table->setDataSource(m_model.get());
+    m_table->show();
 }
+
+void TestTable::scrollingShowsWhatIsInView_data()
+{
+    QTest::addColumn<int>("offset");
+    QTest::addColumn<int>("step"); // scrolled there from the top in steps of this many pixels
+    QTest::newRow("top") << 0 << 1;
+    QTest::newRow("across a section boundary, 7 px at a time") << 1000 << 7;
+    QTest::newRow("beyond the end, a row at a time") << 200000 << 60;
+    QTest::newRow("beyond the end, half a screen at a time") << 200000 << 330;
+}
+
+void TestTable::scrollingShowsWhatIsInView()
+{
+    QFETCH(int, offset);
+    QFETCH(int, step);
+    QPointer<QWidget> firstHeader = m_table->headerViewForSection(0);
+    for (int y = 0; y < offset + step; y += step)
+        m_table->setContentOffset(qMin(y, offset));
+    const int top = int(m_table->contentOffset());
+    const QRect view = m_table->viewport()->rect().translated(0, top); // in the content
+    QCOMPARE(top, qMin(offset, 125000 - view.height()));
+    QList<IndexPath> rows;
+    for (int i = 0; i < 2000; ++i) {
+        if (view.intersects(QRect(0, Model::top({i / 20, i % 20}), view.width(), 60)))
+            rows << IndexPath{i / 20, i % 20};
+    }
+    QCOMPARE(m_table->indexPathsForVisibleRows(), rows);
+    int shown = 0;
+    for (TableViewCell *cell : m_table->viewport()->findChildren<TableViewCell *>())
+        shown += cell->isVisible();
+    QCOMPARE(shown, rows.size());
+    QVERIFY(m_table->cellsCreated() <= 11 + TableView::poolLimit); // the cells that left came back
+
+    // A separator lies on each row's last line, from the inset on, but for a section's last row.
+    const QImage image = m_table->viewport()->grab().toImage();
+    const QRgb white = qRgb(255, 255, 255), separator = QColor::fromRgbF(0.78, 0.78, 0.8).rgb();
+    const QRgb grouped = QColor::fromRgbF(0.94, 0.94, 0.96).rgb();
+    for (const IndexPath &p : rows) {
+        const QRect row(0, Model::top(p) - top, view.width(), 60);
+        QCOMPARE(m_table->cellForRowAtIndexPath(p)->geometry(), row);
+        if (row.bottom() < view.height()) {
+            QCOMPARE(image.pixel(100, row.bottom()), p.row == 19 ? white : separator);
+            QCOMPARE(image.pixel(5, row.bottom()), white);
+        }
+    }
+    // Headers in view are placed, over the grouped background that this model's headers let
+    // through; the ones that left are gone, and asked for again on return.
+    for (int s = 0; s < 100; ++s) {
+        const QRect header(0, s * 1250, view.width(), 50);
+        QCOMPARE(m_table->rectForHeaderInSection(s), QRectF(header));
+        QWidget *widget = m_table->headerViewForSection(s);
+        QCOMPARE(widget ? widget->geometry() : QRect(),
+                 view.intersects(header) ? header.translated(0, -top) : QRect());
+        if (view.contains(header.center()))
+            QCOMPARE(image.pixel(100, header.center().y() - top), grouped);
+    }
+    QVERIFY(m_table->rectForHeaderInSection(100).isNull());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(firstHeader.isNull(), top >= 50);
+    m_table->setContentOffset(0);
+    QCOMPARE(m_model->headers.value(0), top >= 50 ? 2 : 1);
+}
+
+void TestTable::selectionByTapAndReload_data()
+{
+    QTest::addColumn<QPoint>("move"); // between the press on row 0.2's label and the release
+    QTest::addColumn<bool>("selects");
+    QTest::newRow("released where pressed") << QPoint(0, 0) << true;
+    QTest::newRow("released on the next row") << QPoint(0, 60) << false;
+    QTest::newRow("released above the table") << QPoint(0, -200) << false;
+}
+
+void TestTable::selectionByTapAndReload()
+{
+    QFETCH(QPoint, move);
+    QFETCH(bool, selects);
+    TableViewCell *cell = m_table->cellForRowAtIndexPath({0, 2});
+    // Through the window: the press and the release take Qt's real routing to the cell.
+    QWindow *window = m_phone->widget()->windowHandle();
+    const QPoint press = cell->findChild<QLabel *>()->mapTo(m_phone->widget(), QPoint(2, 2));
+    QTest::mousePress(window, Qt::LeftButton, {}, press);
+    QTest::mouseRelease(window, Qt::LeftButton, {}, press + move);
+    const auto selected = selects ? QList{IndexPath{0, 2}} : QList<IndexPath>();
+    QCOMPARE(m_model->selections, selected);
+    QCOMPARE(m_table->indexPathsForSelectedRows(), selected);
+    QCOMPARE(cell->isSelected(), selects);
+    m_table->deselectRowAtIndexPath({0, 2}, true);
+    QVERIFY(!cell->isSelected() && m_table->indexPathsForSelectedRows().isEmpty());
+
+    // A reload asks for every row and header again, and forgets the selection; the cells in view
+    // come back from the pool, the selected one too.
+    const QList<TableViewCell *> cells = m_table->viewport()->findChildren<TableViewCell *>();
+    const QList<QPointer<TableViewCell>> before(cells.cbegin(), cells.cend());
+    m_table->selectRowAtIndexPath({0, 1});
+    m_table->reloadData();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(m_model->cellRequests == 22 && m_model->headers.value(0) == 2);
+    QVERIFY(m_table->cellsCreated() == 11 && !before.contains(nullptr));
+    QVERIFY(m_table->indexPathsForSelectedRows().isEmpty());
+    for (const IndexPath &p : m_table->indexPathsForVisibleRows())
+        QVERIFY(!m_table->cellForRowAtIndexPath(p)->isSelected());
+}
+
+QTEST_MAIN(TestTable)
 
 #include "tst_table.moc"

@@ -1,25 +1,25 @@
 #include "localservice.h"
 #include "logcapture.h"
+#include "phonewindow.h"
 #include "standinoperatingsystem.h"
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
 #include <Brevanti/BVTNotifyRequestViewController.h>
-#include <Brevanti/platform/NavigationController.h>
 #include <Brevanti/platform/PopupController.h>
-#include <Brevanti/platform/Screen.h>
 #include <Brevanti/platform/TabBarController.h>
-#include <Brevanti/platform/Window.h>
 
-#include <QApplication>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QPushButton>
 #include <QSettings>
 #include <QSignalSpy>
-#include <QStandardPaths>
 #include <QTest>
+#include <QTimer>
+#include <QToolButton>
+
+using Request = BVTNotifyRequestViewController;
+using Preferences = BVTNotifyPreferencesViewController;
 
 class TestPopup : public QObject
 {
@@ -27,210 +27,201 @@ class TestPopup : public QObject
 private Q_SLOTS:
     void initTestCase();
     void init();
-    void cleanup();
-
-    void popupShowsOnlyWhileNoTokenIsStored();
-    void popupIsStyledWithTheGivenColour();
-    void explicitNilsStayNil();
-    void cardSizes_data();
-    void cardSizes();
-    void keepMeUpdatedClosesThenAsksOnce();
-    void customizeShowsThePreferencesInTheCard();
-    void noThanksSendsNothing();
+    void cardTakesTheGivenLook_data();
+    void cardTakesTheGivenLook();
+    void cardSizesComeFromTheMainScreen_data();
+    void cardSizesComeFromTheMainScreen();
+    void buttons_data();
+    void buttons();
     void topControllerWalk_data();
     void topControllerWalk();
-    void openPreferencesPushesAFullScreenScreen();
 
 private:
     bvt::PopupController *shownPopup() const;
-    BVTNotifyRequestViewController *shownRequest() const;
 
+    const QByteArray m_pushToken = QByteArray(32, '*');
     std::unique_ptr<LocalService> m_local;
-    std::unique_ptr<LogCapture> m_log;
-    std::unique_ptr<bvt::Window> m_window;
-    bvt::NavigationController *m_navigation = nullptr;
+    std::unique_ptr<LogCapture> m_log; // made once QtTest has its own message handler
+    std::unique_ptr<PhoneWindow> m_phone;
     bvtstandin::StandInOperatingSystem m_system;
 };
 
 void TestPopup::initTestCase()
 {
     m_local = std::make_unique<LocalService>();
-    QSettings().remove("com.brevanti.ios.BVTDeviceId");
-    BVT::initWithLaunchOptions({}, LocalService::clientId, LocalService::clientSecret);
-    QTRY_VERIFY(!BVT::currentDevice().isNull());
+    QVERIFY(PhoneWindow::startLibraryWithNewDevice());
+    m_log = std::make_unique<LogCapture>();
+    // The host's part: the token that the system hands over goes to the service.
+    m_system.setTokenToHandOut(m_pushToken);
+    connect(&m_system, &bvtstandin::StandInOperatingSystem::deviceTokenReceived,
+            [](const QByteArray &token) { BVTNotify::enableDevice(token); });
     m_system.install();
 }
 
 void TestPopup::init()
 {
-    bvt::Screen::mainScreen().setPhoneSize({375, 667});
-    QSettings().remove("com.brevanti.ios.BVTDeviceToken");
+    QSettings().remove(QStringLiteral("com.brevanti.ios.BVTDeviceToken"));
     m_local->reset();
     m_system.clear();
-    m_log = std::make_unique<LogCapture>();
-    m_window = std::make_unique<bvt::Window>();
-    m_navigation = new bvt::NavigationController(new bvt::ViewController);
-    m_window->setRootViewController(m_navigation);
-    m_window->show();
-}
-
-void TestPopup::cleanup()
-{
-    m_window.reset();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    m_log.reset();
+    LogCapture::clear();
+    m_phone = std::make_unique<PhoneWindow>();
 }
 
 bvt::PopupController *TestPopup::shownPopup() const
 {
-    auto *popup = m_navigation->topViewController()->findChild<bvt::PopupController *>();
-    return popup && popup->isPresented() ? popup : nullptr;
+    for (auto *popup : m_phone->root()->findChildren<bvt::PopupController *>()) {
+        if (popup->isPresented())
+            return popup;
+    }
+    return nullptr;
 }
 
-BVTNotifyRequestViewController *TestPopup::shownRequest() const
+void TestPopup::cardTakesTheGivenLook_data()
 {
-    bvt::PopupController *popup = shownPopup();
-    return popup ? qobject_cast<BVTNotifyRequestViewController *>(popup->viewControllers().first())
-                 : nullptr;
+    QTest::addColumn<int>("given"); // how many of colour, icon, header and sub-header
+    QTest::addColumn<QColor>("colour");
+    QTest::addColumn<QString>("header");
+    QTest::addColumn<QString>("subHeader");
+    const QString header = BVTNotify::defaultNotificationHeader();
+    const QString sub = BVTNotify::defaultNotificationSubHeader();
+    QTest::newRow("none") << 0 << QColor::fromRgbF(0.23f, 0.36f, 0.59f) << header << sub;
+    QTest::newRow("colour") << 1 << QColor(Qt::red) << header << sub;
+    QTest::newRow("colour, icon") << 2 << QColor(Qt::red) << header << sub;
+    QTest::newRow("nil colour, icon, nil header") << 3 << QColor() << QString() << sub;
+    QTest::newRow("all four") << 4 << QColor(Qt::blue) << "Header"
+                              << "Sub";
 }
 
-void TestPopup::popupShowsOnlyWhileNoTokenIsStored()
+void TestPopup::cardTakesTheGivenLook()
 {
-    BVTNotify::requestCustomPreferences();
-    QVERIFY(shownRequest());
-    QVERIFY(m_log->lines().isEmpty());
-    shownRequest()->noThanksButton()->click();
-    QVERIFY(!shownPopup());
-
-    BVT::setCurrentDeviceToken("ABCD");
-    m_log->clear();
-    BVTNotify::requestCustomPreferences();
-    BVTNotify::requestCustomPreferencesWithColor(Qt::red, QPixmap(), QString(), QString());
-    QVERIFY(!shownPopup());
-    QCOMPARE(m_log->lines(), QStringList(2, "You have already accepted push notifications!"));
-}
-
-void TestPopup::popupIsStyledWithTheGivenColour()
-{
-    BVTNotify::requestCustomPreferencesWithColor(Qt::red);
-    const bvt::PopupNavigationBar::Appearance &look = bvt::PopupNavigationBar::appearance();
-    QCOMPARE(look.barTintColor, QColor(Qt::red));
-    QCOMPARE(look.tintColor, QColor(Qt::white));
-    QCOMPARE(look.titleColor, QColor(Qt::white));
-    QVERIFY(look.barStyle == bvt::PopupNavigationBar::BarStyle::Default);
-
-    bvt::PopupController *popup = shownPopup();
-    QVERIFY(popup);
-    QCOMPARE(popup->backgroundView()->palette().color(QPalette::Window),
-             QColor::fromRgbF(0, 0, 0, 0.8f));
-    QCOMPARE(popup->backgroundView()->geometry(), m_window->widget()->rect());
-    QCOMPARE(popup->cornerRadius(), 4.0);
-    QVERIFY(popup->isNavigationBarHidden()); // the card hides the bar
-
-    BVTNotifyRequestViewController *request = shownRequest();
-    QCOMPARE(request->title(), "Notifications");
-    QCOMPARE(request->popupColor(), QColor(Qt::red));
-    QCOMPARE(request->headerLabel()->text(), "Stay Up To Date");
-    QCOMPARE(request->subheaderLabel()->text(),
-             "Turn on notifications to make sure you don't miss anything you care about!");
+    QFETCH(int, given);
+    QFETCH(QColor, colour);
+    QFETCH(QString, header);
+    QFETCH(QString, subHeader);
+    const QPixmap icon(8, 8);
+    const std::function<void()> forms[] = {
+            [] { BVTNotify::requestCustomPreferences(); },
+            [&] { BVTNotify::requestCustomPreferencesWithColor(colour); },
+            [&] { BVTNotify::requestCustomPreferencesWithColor(colour, icon); },
+            [&] { BVTNotify::requestCustomPreferencesWithColor(colour, icon, header); },
+            [&] { BVTNotify::requestCustomPreferencesWithColor(colour, icon, header, subHeader); }};
+    forms[given]();
+    QVERIFY(shownPopup() && m_log->lines().isEmpty());
+    auto *request = qobject_cast<Request *>(shownPopup()->topViewController());
+    QCOMPARE(request->headerLabel()->text(), header);
+    QCOMPARE(request->subheaderLabel()->text(), subHeader);
+    QCOMPARE(request->popupIcon().size(), given >= 2 ? icon.size() : QSize(0, 0)); // none in tests
+    QVERIFY(request->alertIcon()->pixmap().isNull()); // kept, not shown
     QCOMPARE(request->keepMeUpdatedButton()->text(), "Keep Me Updated");
     QCOMPARE(request->customizeButton()->text(), "Customize Notifications");
     QCOMPARE(request->noThanksButton()->text(), "No Thanks");
-    const QString red = QColor(Qt::red).name(QColor::HexArgb);
-    QVERIFY(request->headerLabel()->styleSheet().contains(red));
-    QVERIFY(request->alertIcon()->styleSheet().contains(red));
-    QVERIFY(request->customizeButton()->styleSheet().contains("2px solid " + red));
+    const QString css = colour.isValid() ? colour.name(QColor::HexArgb) : "transparent";
+    QVERIFY(request->headerLabel()->styleSheet().contains("color: " + css));
+    QVERIFY(request->alertIcon()->styleSheet().contains("background-color: " + css));
+    QVERIFY(request->keepMeUpdatedButton()->styleSheet().contains("background-color: " + css));
+    QVERIFY(request->customizeButton()->styleSheet().contains("2px solid " + css));
     QVERIFY(request->noThanksButton()->styleSheet().contains(QColor(191, 191, 191).name()));
-    QCOMPARE(BVTNotify::defaultNotificationColor(), QColor::fromRgbF(0.23f, 0.36f, 0.59f, 1.0f));
-    QVERIFY(BVTNotify::defaultNotificationIcon().isNull()); // the tests carry no such image
-    QVERIFY(m_window->widget()->grab().save(QCoreApplication::applicationDirPath()
-                                            + "/request-popup.png"));
+
+    // Over the dimmed window, with round corners; the bar (hidden on this card) takes the colour
+    // with white texts.
+    bvt::PopupController *popup = shownPopup();
+    QCOMPARE(popup->backgroundView()->palette().color(QPalette::Window),
+             QColor::fromRgbF(0, 0, 0, 0.8f));
+    QCOMPARE(popup->cornerRadius(), 4.0);
+    bvt::PopupNavigationBar *bar = popup->navigationBar();
+    QVERIFY(!bar->isVisible());
+    QCOMPARE(bar->grab().toImage().pixel(100, 10),
+             colour.isValid() ? colour.rgb() : qRgb(255, 255, 255));
+    QCOMPARE(bar->findChild<QLabel *>()->palette().color(QPalette::WindowText), QColor(Qt::white));
+    QCOMPARE(bar->rightButton()->palette().color(QPalette::ButtonText), QColor(Qt::white));
 }
 
-void TestPopup::explicitNilsStayNil()
-{
-    const QPixmap icon(8, 8);
-    BVTNotify::requestCustomPreferencesWithColor(QColor(), icon, QString());
-    BVTNotifyRequestViewController *request = shownRequest();
-    QVERIFY(!request->popupColor().isValid());
-    QVERIFY(request->popupHeader().isNull());
-    QCOMPARE(request->headerLabel()->text(), "");
-    QCOMPARE(request->popupSubHeader(), BVTNotify::defaultNotificationSubHeader());
-    QCOMPARE(request->popupIcon().size(), icon.size());
-    QVERIFY(request->alertIcon()->pixmap().isNull()); // the icon is kept, not shown
-}
-
-void TestPopup::cardSizes_data()
+void TestPopup::cardSizesComeFromTheMainScreen_data()
 {
     QTest::addColumn<QSize>("screen");
-    QTest::addColumn<QSize>("portrait");
-    QTest::addColumn<QSize>("landscape");
-    QTest::newRow("320 x 568") << QSize(320, 568) << QSize(290, 460) << QSize(538, 340);
-    QTest::newRow("375 x 667") << QSize(375, 667) << QSize(345, 460) << QSize(637, 340);
+    QTest::addColumn<QSize>("request");
+    QTest::addColumn<QSize>("requestLandscape");
+    QTest::addColumn<QSize>("preferences");
+    QTest::addColumn<QSize>("preferencesLandscape");
+    QTest::newRow("320 x 568") << QSize(320, 568) << QSize(290, 460) << QSize(538, 340)
+                               << QSize(290, 400) << QSize(538, 260);
+    QTest::newRow("375 x 667") << QSize(375, 667) << QSize(345, 460) << QSize(637, 340)
+                               << QSize(345, 400) << QSize(637, 315);
 }
 
-void TestPopup::cardSizes()
+void TestPopup::cardSizesComeFromTheMainScreen()
 {
     QFETCH(QSize, screen);
-    QFETCH(QSize, portrait);
-    QFETCH(QSize, landscape);
-
     bvt::Screen::mainScreen().setPhoneSize(screen);
-    BVTNotifyRequestViewController request;
-    QCOMPARE(request.contentSizeInPopup(), portrait);
-    QCOMPARE(request.landscapeContentSizeInPopup(), landscape);
+    const Request request;
+    QTEST(request.contentSizeInPopup(), "request");
+    QTEST(request.landscapeContentSizeInPopup(), "requestLandscape");
     QCOMPARE(request.popupHeader(), BVTNotify::defaultNotificationHeader());
+    const std::unique_ptr<Preferences> preferences(Preferences::initInPopup());
+    QTEST(preferences->contentSizeInPopup(), "preferences");
+    QTEST(preferences->landscapeContentSizeInPopup(), "preferencesLandscape");
 }
 
-void TestPopup::keepMeUpdatedClosesThenAsksOnce()
+void TestPopup::buttons_data()
 {
-    BVTNotify::requestCustomPreferences();
-    QSignalSpy dismissed(shownPopup(), &bvt::PopupController::dismissed);
-    QElapsedTimer clock;
-    clock.start();
-    shownRequest()->keepMeUpdatedButton()->click();
-    QCOMPARE(dismissed.size(), 1);               // closed first
-    QCOMPARE(m_system.remoteRegistrations(), 0); // asked only later
-    QTRY_COMPARE(m_system.remoteRegistrations(), 1);
-    qInfo("permission asked %lld ms after the tap", clock.elapsed());
-    QTest::qWait(150);
-    QCOMPARE(m_system.remoteRegistrations(), 1);
-    QCOMPARE(m_system.requests(), QStringList({"settings:7", "remote"}));
+    QTest::addColumn<int>("button");        // Keep Me Updated, Customize Notifications, No Thanks
+    QTest::addColumn<QStringList>("asked"); // of the system
+    QTest::newRow("Keep Me Updated") << 0 << QStringList({"settings:7", "remote"});
+    QTest::newRow("Customize Notifications") << 1 << QStringList();
+    QTest::newRow("No Thanks") << 2 << QStringList();
 }
 
-void TestPopup::customizeShowsThePreferencesInTheCard()
+void TestPopup::buttons()
 {
+    QFETCH(int, button);
     BVTNotify::requestCustomPreferences();
     bvt::PopupController *popup = shownPopup();
-    BVTNotifyRequestViewController *request = shownRequest();
-    request->customizeButton()->click();
-    auto *preferences =
-            qobject_cast<BVTNotifyPreferencesViewController *>(popup->topViewController());
-    QVERIFY(preferences);
-    QVERIFY(!popup->isNavigationBarHidden());
-    QCOMPARE(preferences->view()->size(), preferences->contentSizeInPopup());
-    QCOMPARE(popup->navigationBar()->title(), "Notifications");
-    QTRY_VERIFY(!preferences->tableData().isEmpty());
-    QVERIFY(m_window->widget()->grab().save(QCoreApplication::applicationDirPath()
-                                            + "/request-customize.png"));
+    auto *request = qobject_cast<Request *>(popup->topViewController());
+    QSignalSpy dismissed(popup, &bvt::PopupController::dismissed);
+    const QList<QPushButton *> buttons = {request->keepMeUpdatedButton(),
+                                          request->customizeButton(), request->noThanksButton()};
+    buttons[button]->click();
+    QCOMPARE(dismissed.size(), button == 1 ? 0 : 1);
+    QVERIFY(m_system.requests().isEmpty()); // the card goes first, the system asks later
+    // Whatever the tap put off is due before a timer of the same delay started now.
+    QTimer later;
+    later.setTimerType(Qt::PreciseTimer);
+    later.setSingleShot(true);
+    QSignalSpy due(&later, &QTimer::timeout);
+    later.start(Request::permissionDelayMs);
+    QVERIFY(due.wait());
+    QTEST(m_system.requests(), "asked");
+    if (button == 0) {
+        const QString token = m_pushToken.toHex().toUpper();
+        QTRY_COMPARE(BVT::currentDeviceToken(), token); // once the service took it
+        QCOMPARE(m_local->service().device(BVT::currentDevice())["push_token"], token);
+    } else if (button == 2) {
+        QVERIFY(m_local->service().requests().isEmpty());
+    } else {
+        // The preferences in the card, under its bar with Done.
+        auto *preferences = qobject_cast<Preferences *>(popup->topViewController());
+        QVERIFY(preferences && preferences->popupController() == popup);
+        bvt::PopupNavigationBar *bar = popup->navigationBar();
+        QVERIFY(bar->isVisible() && bar->title() == "Notifications");
+        QVERIFY(bar->rightButton()->isVisible() && bar->rightButton()->text() == "Done");
+        QTRY_VERIFY(!preferences->tableData().isEmpty());
+        // Back to the card: the bar is hidden again and the texts applied again.
+        request->headerLabel()->setText("changed");
+        delete popup->popViewControllerAnimated(false);
+        QVERIFY(!bar->isVisible() && request->headerLabel()->text() == "Stay Up To Date");
+        // Done closes the whole card.
+        request->customizeButton()->click();
+        QTRY_COMPARE(m_local->requestsFor("/preferences").size(), 2);
+        QTest::mouseClick(bar->rightButton(), Qt::LeftButton);
+        QCOMPARE(dismissed.size(), 1);
+    }
 
-    // Back to the card: the bar is hidden again and the texts applied again.
-    request->headerLabel()->setText("changed");
-    std::unique_ptr<bvt::ViewController> popped(popup->popViewControllerAnimated(false));
-    QVERIFY(popup->isNavigationBarHidden());
-    QCOMPARE(request->headerLabel()->text(), "Stay Up To Date");
-}
-
-void TestPopup::noThanksSendsNothing()
-{
+    // Asked again: the card shows only while no token is stored.
     BVTNotify::requestCustomPreferences();
-    QSignalSpy dismissed(shownPopup(), &bvt::PopupController::dismissed);
-    shownRequest()->noThanksButton()->click();
-    QCOMPARE(dismissed.size(), 1);
-    QTest::qWait(200);
-    QVERIFY(m_local->service().requests().isEmpty());
-    QVERIFY(m_system.requests().isEmpty());
-    QVERIFY(BVT::currentDeviceToken().isNull());
+    BVTNotify::requestCustomPreferencesWithColor(Qt::red, QPixmap(), QString(), QString());
+    QCOMPARE(shownPopup() != nullptr, button != 0);
+    QCOMPARE(m_log->linesStartingWith("You have"),
+             QStringList(button ? 0 : 2, "You have already accepted push notifications!"));
 }
 
 void TestPopup::topControllerWalk_data()
@@ -244,60 +235,26 @@ void TestPopup::topControllerWalk_data()
 void TestPopup::topControllerWalk()
 {
     QFETCH(int, hierarchy);
-
-    std::unique_ptr<bvt::ViewController> root;
-    bvt::ViewController *expected = nullptr;
+    bvt::ViewController *root = nullptr, *top = nullptr;
     if (hierarchy == 0) {
-        auto *first = new bvt::ViewController;
-        auto *navigation = new bvt::NavigationController(first);
+        auto *navigation = new bvt::NavigationController(new bvt::ViewController);
         navigation->pushViewController(new bvt::ViewController, false);
-        expected = new bvt::ViewController;
-        navigation->pushViewController(expected, false);
+        navigation->pushViewController(top = new bvt::ViewController, false);
         auto *tabs = new bvt::TabBarController;
         tabs->setViewControllers({new bvt::ViewController, navigation});
         tabs->setSelectedIndex(1);
-        root.reset(tabs);
-    } else if (hierarchy == 1) {
-        root = std::make_unique<bvt::NavigationController>(nullptr);
+        root = tabs;
     } else {
-        root = std::make_unique<bvt::ViewController>();
-        expected = root.get();
+        root = hierarchy == 1 ? new bvt::NavigationController(nullptr)
+                              : top = new bvt::ViewController;
     }
-    QCOMPARE(BVTNotify::topViewController(root.get()), expected);
-    QCOMPARE(BVTNotify::topViewController(nullptr), nullptr);
-
-    // In the key window, with every view loaded and shown, the walk still ends there, and so does
-    // the popup: over that controller, or nowhere.
-    m_window = std::make_unique<bvt::Window>();
-    m_window->setRootViewController(root.release());
-    m_window->show();
-    QCOMPARE(BVTNotify::topViewController(), expected);
-    QVERIFY(!expected || expected->view()->isVisible());
+    // From the key window's root; the card shows over that controller, or nowhere.
+    m_phone = std::make_unique<PhoneWindow>(root);
+    QCOMPARE(BVTNotify::topViewController(), top);
     BVTNotify::requestCustomPreferences();
-    const auto *popup = m_window->rootViewController()->findChild<bvt::PopupController *>();
-    QCOMPARE(popup ? popup->parent() : nullptr, expected);
+    QCOMPARE(shownPopup() ? shownPopup()->parent() : nullptr, top);
 }
 
-void TestPopup::openPreferencesPushesAFullScreenScreen()
-{
-    const int before = int(m_navigation->viewControllers().size());
-    BVTNotify::openPreferencesWithNavigationController(m_navigation);
-    QCOMPARE(m_navigation->viewControllers().size(), before + 1);
-    auto *screen =
-            qobject_cast<BVTNotifyPreferencesViewController *>(m_navigation->topViewController());
-    QVERIFY(screen);
-    QVERIFY(screen->contentSizeInPopup().isEmpty());
-    QVERIFY(!screen->doneButton());
-    BVTNotify::openPreferencesWithNavigationController(nullptr); // made and dropped
-}
-
-int main(int argc, char **argv)
-{
-    QApplication app(argc, argv);
-    QCoreApplication::setOrganizationName("BrevantiTests");
-    QStandardPaths::setTestModeEnabled(true);
-    TestPopup test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_MAIN(TestPopup)
 
 #include "tst_popup.moc"
