@@ -7,18 +7,18 @@
 
 #include <functional>
 
-class BVTNotifySwitch;
 class HomeViewController;
 
 namespace bvt {
 class Window;
 }
 
-// Goes through a first run by itself, tapping as a user would: asks for notifications, looks at
-// the preferences in the card and closes it, asks again and accepts, asks a third time, flips a
-// switch in the notification settings, goes back and signs in. After each step it prints a line
-// and mostly saves a picture of the window; then it ends the application (status 0), or on the
-// first step that does not come about within 10 s, says what it waited for and ends it (status 1).
+// A guided tour for the README's pictures, not a test: it taps through a first run as a user would
+// (asks for notifications, looks at the preferences in the card and closes it, asks again and
+// accepts, asks a third time, flips a switch in the notification settings, goes back and signs
+// in), printing a line and mostly saving a picture of the window after each step. It ends the
+// application when done (status 0), or when a step's screen does not come within 10 s (status 1),
+// so that a script running it offscreen never hangs.
 class Walkthrough : public QObject
 {
     Q_OBJECT
@@ -34,8 +34,7 @@ private:
         std::function<QString()> act; // an error text, or empty
         QString awaited;
         std::function<bool()> ready;
-        std::function<QString()> verify; // after settling: an error text, or empty; may be unset
-        QString picture;                 // a file name without ".png"; empty: none
+        QString picture; // a file name without ".png"; empty: none
         std::function<QString()> report;
     };
 
@@ -55,7 +54,6 @@ private:
     QPointer<HomeViewController> m_home;
     QString m_directory;
     QList<Step> m_steps;
-    QPointer<BVTNotifySwitch> m_flipped;
     bool m_flippedWasOn = false;
     QString m_flippedName;
 };
