@@ -187,7 +187,8 @@ void TestDevice::firstRunRegistersAndStoresBeforeSuccess()
     Outcome outcome;
     bvt::Device::currentDevice().setSystemVersion("10.3.1");
     m_manager->initDevice(successInto(outcome), failureInto(outcome));
-    QTRY_COMPARE(outcome.successes, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(outcome.successes, 1);
 
     const QString issued = m_local->service().deviceIds().last();
     QCOMPARE(outcome.deviceSeen, issued);
@@ -238,7 +239,8 @@ void TestDevice::registrationAnswerIsReadAsItComes()
     m_local->service().setFault("POST", "/devices", fault);
     Outcome outcome;
     m_manager->initDevice(successInto(outcome), failureInto(outcome));
-    QTRY_COMPARE(outcome.successes, 1); // called even when nothing could be stored
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(outcome.successes, 1); // called even when nothing could be stored
     QCOMPARE(m_manager->currentDevice(), stored);
     QCOMPARE(m_log->lines().mid(m_log->lines().size() - 2),
              QStringList({"No UUID yet, preference it",
@@ -253,7 +255,8 @@ void TestDevice::failedRegistrationStoresNothing()
     m_local->service().setFault("POST", "/devices", fault);
     Outcome outcome;
     m_manager->initDevice(successInto(outcome), failureInto(outcome));
-    QTRY_COMPARE(outcome.failures, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(outcome.failures, 1);
     QVERIFY(m_manager->currentDevice().isNull());
     QVERIFY(m_log->linesStartingWith("No UUID").isEmpty());
 }
@@ -322,14 +325,16 @@ void TestDevice::storeReadsStringsNumbersAndNothingElse()
 void TestDevice::assignmentAndUnassignmentSendExactlyTheirFields()
 {
     initialise(); // registers the device
-    QTRY_VERIFY(!BVT::currentDevice().isNull());
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QVERIFY(!BVT::currentDevice().isNull());
     const QString device = BVT::currentDevice();
     QCOMPARE(device, m_local->service().deviceIds().last());
     m_manager->setBVTDeviceToken("00FF");
 
     Outcome assigned;
     BVT::assignDeviceToUser("user 1", successInto(assigned), failureInto(assigned));
-    QTRY_COMPARE(assigned.successes, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(assigned.successes, 1);
     QCOMPARE(assigned.userSeen, "user 1"); // stored before the callback
     QCOMPARE(m_local->service().device(device)["user"].toString(), "user 1");
     QCOMPARE(m_local->requestsFor("/devices/assign").first().body,
@@ -337,7 +342,8 @@ void TestDevice::assignmentAndUnassignmentSendExactlyTheirFields()
 
     Outcome unassigned;
     BVT::unassignDevice(successInto(unassigned), failureInto(unassigned));
-    QTRY_COMPARE(unassigned.successes, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(unassigned.successes, 1);
     QVERIFY(unassigned.userSeen.isNull());
     QVERIFY(m_local->service().device(device)["user"].isNull());
     QCOMPARE(m_local->requestsFor("/devices/unassign").first().body,
@@ -376,7 +382,8 @@ void TestDevice::failuresKeepTheStoredUser()
         BVT::unassignDevice(successInto(outcome), failureInto(outcome));
     else
         BVT::assignDeviceToUser("other", successInto(outcome), failureInto(outcome));
-    QTRY_COMPARE(outcome.failures, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(outcome.failures, 1);
     QCOMPARE(outcome.successes, 0);
     QCOMPARE(BVT::currentUser(), "kept");
     QCOMPARE(BVT::currentDevice(), "not-known-to-the-service");
@@ -419,12 +426,15 @@ void TestDevice::secondInitialisationReplacesTheManager()
     Outcome outcome;
     initialise();
     BVT::getUrl("/echo", {}, successInto(outcome), failureInto(outcome));
-    QTRY_COMPARE(outcome.successes, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(outcome.successes, 1);
     BVT::initWithLaunchOptions({}, "second-client", "second-secret");
     BVT::postUrl("/echo", {}, successInto(outcome), failureInto(outcome));
-    QTRY_COMPARE(outcome.successes, 2);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(outcome.successes, 2);
     BVT::patchUrl("/echo", {}, successInto(outcome), failureInto(outcome));
-    QTRY_COMPARE(outcome.successes, 3);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(outcome.successes, 3);
 
     // The new manager fetched a token of its own, with its own credentials.
     const auto tokens = m_local->requestsFor("/oauth/token");

@@ -115,7 +115,8 @@ void TestNotify::cleanup()
 void TestNotify::registerDevice()
 {
     BVT::initWithLaunchOptions({}, LocalService::clientId, LocalService::clientSecret);
-    QTRY_VERIFY(!BVT::currentDevice().isNull());
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QVERIFY(!BVT::currentDevice().isNull());
     m_local->reset();
     m_log->clear();
 }
@@ -196,7 +197,8 @@ void TestNotify::tokenText()
     registerDevice();
     Outcome outcome;
     BVTNotify::enableDevice(token, successInto(outcome), failureInto(outcome));
-    QTRY_COMPARE(outcome.successes, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(outcome.successes, 1);
     QCOMPARE(m_local->service().device(BVT::currentDevice())["push_token"].toString(), text);
     QCOMPARE(m_log->lines().first(), "Got device token " + text);
 }
@@ -210,7 +212,8 @@ void TestNotify::enableStoresTheTokenOnceAcceptedAndBeforeSuccess()
     Outcome outcome;
     BVTNotify::enableDevice(QByteArray("\xCA\xFE", 2), successInto(outcome), failureInto(outcome));
     QVERIFY(BVT::currentDeviceToken().isNull()); // not before the service has answered
-    QTRY_COMPARE(outcome.successes, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(outcome.successes, 1);
     QCOMPARE(outcome.tokenSeen, "CAFE");
     QCOMPARE(outcome.response.toMap()["device"].toMap()["push_token"].toString(), "CAFE");
     QCOMPARE(m_local->requestsFor("/devices/enable").first().body,
@@ -240,7 +243,8 @@ void TestNotify::failedEnableKeepsTheEarlierToken()
     m_local->service().setFault("PATCH", "/devices/enable", fault);
     Outcome outcome;
     BVTNotify::enableDevice(QByteArray("\x01", 1), successInto(outcome), failureInto(outcome));
-    QTRY_COMPARE(outcome.failures, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(outcome.failures, 1);
     QCOMPARE(outcome.successes, 0);
     QCOMPARE(BVT::currentDeviceToken(), "EARLIER");
     QCOMPARE(m_local->requestsFor("/devices/enable").size(), 1); // sent once, never followed
@@ -281,15 +285,19 @@ void TestNotify::changeNamesTheUserWhenAssignedElseTheDevice()
     const QString device = BVT::currentDevice();
     Outcome assigned;
     BVT::assignDeviceToUser("u 1", successInto(assigned), nullptr);
-    QTRY_COMPARE(assigned.successes, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(assigned.successes, 1);
 
     Outcome changes;
     BVTNotify::disablePreferenceWithCategory("news", "breaking", successInto(changes), nullptr);
-    QTRY_COMPARE(changes.successes, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(changes.successes, 1);
     BVT::unassignDevice(successInto(assigned), nullptr);
-    QTRY_COMPARE(assigned.successes, 2);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(assigned.successes, 2);
     BVTNotify::enablePreferenceWithCategory("news", "digest", successInto(changes), nullptr);
-    QTRY_COMPARE(changes.successes, 2);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(changes.successes, 2);
 
     QCOMPARE(m_local->requestsFor("/preferences/disable").first().body,
              QByteArray("category=news&preference=breaking&user[identifier]=u%201"));
@@ -327,7 +335,8 @@ void TestNotify::everyChangeIsFollowedByOneVerify()
                                             failureInto(outcome));
     BVTNotify::disablePreferenceWithCategory("orders", "shipping", successInto(outcome),
                                              failureInto(outcome));
-    QTRY_COMPARE(outcome.successes + outcome.failures, 2);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(outcome.successes + outcome.failures, 2);
     QCOMPARE(outcome.failures, requestFails ? 2 : 0);
     QCOMPARE(m_system.remoteRegistrations(), tokenKnown ? 0 : 2);
     QCOMPARE(m_log->linesStartingWith("Verified token AB").size(), tokenKnown ? 2 : 0);
@@ -351,11 +360,13 @@ void TestNotify::fetchHandsOverTheDocumentItself()
     const QString device = BVT::currentDevice();
     Outcome assigned;
     BVT::assignDeviceToUser("reader", successInto(assigned), nullptr);
-    QTRY_COMPARE(assigned.successes, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(assigned.successes, 1);
 
     Outcome fetched;
     BVTNotify::getPreferences(successInto(fetched), failureInto(fetched));
-    QTRY_COMPARE(fetched.successes, 1);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(fetched.successes, 1);
     QCOMPARE(fetched.response.typeId(), QMetaType::QVariantList);
     QCOMPARE(fetched.response, m_local->service().preferenceDocument(device).toVariantList());
     // Asked for by device even with a user assigned.
@@ -364,7 +375,8 @@ void TestNotify::fetchHandsOverTheDocumentItself()
     // An empty document is an answer like any other.
     QVERIFY(m_local->service().setCatalogue(QJsonArray()));
     BVTNotify::getPreferences(successInto(fetched));
-    QTRY_COMPARE(fetched.successes, 2);
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(fetched.successes, 2);
     QCOMPARE(fetched.response, QVariant(QVariantList()));
     QVERIFY(m_local->service().setCatalogue(catalogue));
 }
