@@ -399,7 +399,7 @@ void TestDevice::deviceBoundCallsBeforeRegistrationOnlyLog()
     Outcome outcome;
     BVT::assignDeviceToUser("u", successInto(outcome), failureInto(outcome));
     BVT::unassignDevice(successInto(outcome), failureInto(outcome));
-    BVT::assignDeviceToUser(QString());                       // no device: logged, not thrown
+    BVT::assignDeviceToUser(QString()); // no device: logged, not thrown
     QTRY_VERIFY(m_local->nothingUnderWay());
     QCOMPARE(m_local->requestsFor("/devices").size(), 1); // the registration, dropped
     QCOMPARE(m_log->linesStartingWith("You have not fired").size(), 3);
