@@ -108,6 +108,7 @@ void TestPopup::cardTakesTheGivenLook()
     forms[given]();
     QVERIFY(shownPopup() && m_log->lines().isEmpty());
     auto *request = qobject_cast<Request *>(shownPopup()->topViewController());
+    QCOMPARE(request->title(), "Notifications");
     QCOMPARE(request->headerLabel()->text(), header);
     QCOMPARE(request->subheaderLabel()->text(), subHeader);
     QCOMPARE(request->popupIcon().size(), given >= 2 ? icon.size() : QSize(0, 0)); // none in tests
