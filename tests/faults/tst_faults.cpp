@@ -9,7 +9,6 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QNetworkReply>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSettings>
@@ -356,13 +355,9 @@ void TestFaults::unsendableTokenIsNoToken()
 
     Outcomes outcomes;
     call(manager, "PATCH", "/echo", {}, outcomes);
-    QTRY_VERIFY(m_local->nothingUnderWay());
-    QCOMPARE(m_local->finishedExchanges(), fromService ? 1 : 0);
+    QCOMPARE(m_local->settledExchanges(), fromService ? 1 : 0);
     QCOMPARE(m_log->linesStartingWith("Failed to get access token: ").size(), 1);
     QCOMPARE(outcomes.count(), 0);
-    // Nothing is under way: the network access manager is the parent of every reply.
-    const auto replies = m_local->network()->findChildren<QNetworkReply *>();
-    QVERIFY(std::all_of(replies.cbegin(), replies.cend(), [](auto *r) { return r->isFinished(); }));
     QCOMPARE(m_local->service().requests().size(), fromService ? 1 : 0);
     if (fromService) // not kept: the next call asks again
         QVERIFY(manager->access_token().isNull());

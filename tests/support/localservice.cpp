@@ -56,3 +56,8 @@ bool LocalService::nothingUnderWay() const
     return std::all_of(replies.cbegin(), replies.cend(),
                        [](const QNetworkReply *reply) { return reply->isFinished(); });
 }
+
+int LocalService::settledExchanges() const
+{
+    return QTest::qWaitFor([this] { return nothingUnderWay(); }) ? m_finished : -1;
+}

@@ -39,6 +39,8 @@ public:
     // After the events already posted have run: whether no exchange is under way. The network
     // access manager is the parent of every reply, so nothing sent can hide from this.
     bool nothingUnderWay() const;
+    // The finished exchanges once nothing is under way; -1 when something still is after 5 s.
+    int settledExchanges() const;
 
 private:
     bvtsim::Service m_service;
