@@ -114,10 +114,12 @@ private:
 
     void send(const bvt::Verb &verb, const QString &path, const BVTParameters &parameters,
               const BVTSuccessBlock &success, const BVTFailureBlock &failure);
-    QString basicCredentials() const;
+    bool holdsValidToken() const;
+    void updateBasicCredentials();
 
     QString m_clientId;
     QString m_clientSecret;
+    QString m_basicCredentials; // Base64 of "id:secret", kept with them: every GET logs it
     QString m_origin;
     QString m_accessToken;
     QDateTime m_accessTokenExpires;

@@ -3,14 +3,18 @@
 #include "core/log.h"
 #include "origin.h"
 
-BVTManager::BVTManager() = default;
+BVTManager::BVTManager()
+{
+    updateBasicCredentials();
+}
+
 BVTManager::~BVTManager() = default;
 
-QString BVTManager::basicCredentials() const
+void BVTManager::updateBasicCredentials()
 {
     const QString credentials =
             bvt::formatLine("%@:%@", {bvt::describe(m_clientId), bvt::describe(m_clientSecret)});
-    return QString::fromLatin1(credentials.toUtf8().toBase64());
+    m_basicCredentials = QString::fromLatin1(credentials.toUtf8().toBase64());
 }
 
 QString BVTManager::clientId() const
@@ -21,6 +25,7 @@ QString BVTManager::clientId() const
 void BVTManager::setClientId(const QString &clientId)
 {
     m_clientId = clientId;
+    updateBasicCredentials();
 }
 
 QString BVTManager::clientSecret() const
@@ -31,6 +36,7 @@ QString BVTManager::clientSecret() const
 void BVTManager::setClientSecret(const QString &clientSecret)
 {
     m_clientSecret = clientSecret;
+    updateBasicCredentials();
 }
 
 QString BVTManager::origin() const

@@ -6,10 +6,15 @@
 #include "httpclient.h"
 #include "tokenresponse.h"
 
-void BVTManager::verifyAuthenticated(const BVTSuccessBlock &success, const BVTErrorBlock &failure)
+bool BVTManager::holdsValidToken() const
 {
     // Valid up to its last instant, with no margin: only an expiry strictly later than now counts.
-    if (m_accessTokenExpires.isValid() && m_accessTokenExpires > bvt::clock::now()) {
+    return m_accessTokenExpires.isValid() && m_accessTokenExpires > bvt::clock::now();
+}
+
+void BVTManager::verifyAuthenticated(const BVTSuccessBlock &success, const BVTErrorBlock &failure)
+{
+    if (holdsValidToken()) {
         if (success)
             success(QVariantMap{
                     {QStringLiteral("message"), QStringLiteral("Existing access token")}});
@@ -22,7 +27,7 @@ void BVTManager::verifyAuthenticated(const BVTSuccessBlock &success, const BVTEr
     bvt::HttpRequest request;
     request.method = "POST";
     request.url = QUrl(bvt::formatLine("%@%@", {bvt::describe(m_origin), "/oauth/token"}));
-    request.headers = {{"Authorization", "Basic " + basicCredentials().toLatin1()},
+    request.headers = {{"Authorization", "Basic " + m_basicCredentials.toLatin1()},
                        {"Accept", "application/json"},
                        {"Content-Type", "application/x-www-form-urlencoded"}};
     request.body = bvt::FormEncoder::encode(

@@ -42,7 +42,7 @@ void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParam
     const QString url = bvt::formatLine("%@%@", {bvt::describe(m_origin), bvt::describe(path)});
     bvt::log("Submit Url: %@", url);
     if (verb.logsCredentials)
-        bvt::log("Authorization: %@", QStringLiteral("Basic ") + basicCredentials());
+        bvt::log("Authorization: %@", QStringLiteral("Basic ") + m_basicCredentials);
 
     const auto noToken = [](const BVTError &error) {
         bvt::log("Failed to get access token: %@", error);
@@ -84,5 +84,9 @@ void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParam
                               });
     };
 
-    verifyAuthenticated(sendRequest, noToken);
+    // A valid token sends at once, without the answer verifyAuthenticated builds for its caller.
+    if (holdsValidToken())
+        sendRequest(QVariant());
+    else
+        verifyAuthenticated(sendRequest, noToken);
 }

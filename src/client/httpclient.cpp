@@ -135,16 +135,20 @@ void HttpClient::send(const HttpRequest &request, const Completion &done)
             exchange->body += reply->readAll();
         const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
         QNetworkReply::NetworkError error = reply->error();
-        QString message = reply->errorString();
-        if (error == QNetworkReply::ContentReSendError) {
-            // Qt tells of the second sending that the one-shot body refused; what happened is
-            // that the connection closed before the answer.
+        // Qt tells of the second sending that the one-shot body refused; what happened is that
+        // the connection closed before the answer.
+        const bool resendRefused = error == QNetworkReply::ContentReSendError;
+        if (resendRefused)
             error = QNetworkReply::RemoteHostClosedError;
-            message = QStringLiteral("The connection closed before the answer arrived");
-        }
         // Without an answer every error is the connection's; with one, only a transport error
         // (a reset or time-out after the headers) adds to what the status tells.
-        const int transportError = !status.isValid() || isTransportError(error) ? int(error) : 0;
+        const bool connectionFailed = !status.isValid() || isTransportError(error);
+        QString message;
+        if (resendRefused)
+            message = QStringLiteral("The connection closed before the answer arrived");
+        else if (connectionFailed)
+            message = reply->errorString();
+        const int transportError = connectionFailed ? int(error) : 0;
         exchange->finish(JsonResponse::judge(status.isValid() ? status.toInt() : 0,
                                              reply->rawHeader("Content-Type"), exchange->body,
                                              transportError, message));

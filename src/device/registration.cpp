@@ -12,8 +12,8 @@ std::shared_ptr<BVTManager> BVTManager::initWithLaunchOptions(const QVariantMap 
 {
     Q_UNUSED(launchOptions); // accepted for the host's convenience; nothing in them is used
     std::shared_ptr<BVTManager> manager(new BVTManager);
-    manager->m_clientId = clientId;
-    manager->m_clientSecret = clientSecret;
+    manager->setClientId(clientId);
+    manager->setClientSecret(clientSecret);
     manager->m_origin = bvt::serviceOrigin();
     manager->m_currentUser = QString();
     manager->initDevice();
