@@ -2,10 +2,13 @@
 
 #include <Brevanti/BVTTypes.h>
 
-#include <QColor>
-#include <QPixmap>
 #include <QString>
 #include <QVariant>
+
+// Named only by the screens' functions, which the Widgets component defines; a host of the
+// service alone needs no Qt Gui.
+class QColor;
+class QPixmap;
 
 namespace bvt {
 class NavigationController;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <QPointer>
 #include <QString>
 #include <QVariant>
 #include <QVariantMap>
 
 #include <functional>
+#include <utility>
 
 // Parameters of a service call: string keys to QString values or to nested BVTParameters.
 using BVTParameters = QVariantMap;
@@ -25,3 +27,21 @@ struct BVTError
 
 // Called when no access token can be had.
 using BVTErrorBlock = std::function<void(const BVTError &error)>;
+
+namespace bvt {
+
+// Ties a callback to a QObject, as QObject::connect and QTimer::singleShot do with their context:
+// once the context is destroyed the callback is no longer run. It still goes, with whatever it
+// captured, when the call ends. Usable as any of the callback types above:
+//     BVTNotify::getPreferences(bvt::tiedTo(this, [this](const QVariant &document) { … }));
+template<typename Callback>
+auto tiedTo(const QObject *context, Callback &&callback)
+{
+    return [context = QPointer<const QObject>(context),
+            callback = std::forward<Callback>(callback)](const auto &...arguments) {
+        if (context)
+            callback(arguments...);
+    };
+}
+
+} // namespace bvt

@@ -9,16 +9,28 @@
 #include <Brevanti/platform/Window.h>
 
 #include "core/log.h"
+#include "core/logging.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QColor>
 #include <QDir>
 #include <QFileInfo>
+#include <QPixmap>
 
 namespace {
 
 const QString defaultIconName = QStringLiteral("bvt-alert-icon-default.png");
 constexpr double popupCornerRadius = 4.0;
 const QColor dimming = QColor::fromRgbF(0, 0, 0, 0.8f);
+
+// A widget made without a QApplication aborts the process; a host without one gets a line instead.
+bool widgetsAvailable()
+{
+    if (qobject_cast<QApplication *>(QCoreApplication::instance()))
+        return true;
+    qCWarning(bvt::lcUi, "The library's screens need a QApplication (Qt Widgets); nothing is shown");
+    return false;
+}
 
 } // namespace
 
@@ -51,6 +63,8 @@ void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPi
         bvt::log("You have already accepted push notifications!");
         return;
     }
+    if (!widgetsAvailable())
+        return;
     bvt::ViewController *top = topViewController();
 
     // Process-wide: every popup bar made from now on looks like this, until the next call.
@@ -105,6 +119,8 @@ QString BVTNotify::defaultNotificationSubHeader()
 
 void BVTNotify::openPreferencesWithNavigationController(bvt::NavigationController *navigation)
 {
+    if (!widgetsAvailable())
+        return;
     auto *preferences = new BVTNotifyPreferencesViewController;
     if (navigation)
         navigation->pushViewController(preferences, true);
