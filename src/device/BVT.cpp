@@ -1,5 +1,7 @@
 #include <Brevanti/BVT.h>
 
+#include "core/identifierevents.h"
+
 namespace {
 std::shared_ptr<BVTManager> currentBVTManager;
 }
@@ -13,6 +15,11 @@ void BVT::initWithLaunchOptions(const QVariantMap &launchOptions, const QString 
                                 const QString &clientSecret)
 {
     currentBVTManager = BVTManager::initWithLaunchOptions(launchOptions, clientId, clientSecret);
+    // Until the first manager the facade reads no identifier; from now on it reads the stored ones.
+    bvt::IdentifierEvents &events = bvt::IdentifierEvents::instance();
+    Q_EMIT events.deviceIdChanged();
+    Q_EMIT events.userIdChanged();
+    Q_EMIT events.deviceTokenChanged();
 }
 
 void BVT::getUrl(const QString &path, const BVTParameters &parameters,

@@ -1,5 +1,6 @@
 #include <Brevanti/BVTManager.h>
 
+#include "core/identifierevents.h"
 #include "core/log.h"
 #include "core/userdefaults.h"
 
@@ -26,6 +27,12 @@ void remove(const QString &key)
     defaults().synchronize();
 }
 
+// Announced after the store's own log line, which listeners may follow with theirs.
+void announce(void (bvt::IdentifierEvents::*changed)())
+{
+    Q_EMIT(bvt::IdentifierEvents::instance().*changed)();
+}
+
 } // namespace
 
 void BVTManager::setBVTDeviceId(const QVariant &identifier)
@@ -38,6 +45,7 @@ void BVTManager::setBVTDeviceId(const QVariant &identifier)
     bvt::log("No UUID yet, preference it");
     store(identifier, deviceIdKey);
     bvt::log("Set UUID to: %@", identifier);
+    announce(&bvt::IdentifierEvents::deviceIdChanged);
 }
 
 QString BVTManager::getBVTDeviceId() const
@@ -48,12 +56,14 @@ QString BVTManager::getBVTDeviceId() const
 void BVTManager::clearBVTDeviceId()
 {
     remove(deviceIdKey);
+    announce(&bvt::IdentifierEvents::deviceIdChanged);
 }
 
 void BVTManager::setBVTUserId(const QVariant &identifier)
 {
     store(identifier, userIdKey);
     bvt::log("Set User ID to: %@", identifier);
+    announce(&bvt::IdentifierEvents::userIdChanged);
 }
 
 QString BVTManager::getBVTUserId() const
@@ -64,12 +74,14 @@ QString BVTManager::getBVTUserId() const
 void BVTManager::clearBVTUserId()
 {
     remove(userIdKey);
+    announce(&bvt::IdentifierEvents::userIdChanged);
 }
 
 void BVTManager::setBVTDeviceToken(const QVariant &token)
 {
     store(token, deviceTokenKey);
     bvt::log("Set Device Token to: %@", token);
+    announce(&bvt::IdentifierEvents::deviceTokenChanged);
 }
 
 QString BVTManager::getBVTDeviceToken() const
@@ -80,6 +92,7 @@ QString BVTManager::getBVTDeviceToken() const
 void BVTManager::clearBVTDeviceToken()
 {
     remove(deviceTokenKey);
+    announce(&bvt::IdentifierEvents::deviceTokenChanged);
 }
 
 QString BVTManager::currentDevice() const

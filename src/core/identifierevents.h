@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QObject>
+
+namespace bvt {
+
+// Tells the front ends that a stored identifier may read differently now: the store wrote or
+// removed it, or the facade took a new manager (before its first one it reads nothing). The value
+// is not passed along: listeners read it again, as every read goes to storage afresh.
+class IdentifierEvents : public QObject
+{
+    Q_OBJECT
+public:
+    static IdentifierEvents &instance();
+
+Q_SIGNALS:
+    void deviceIdChanged();
+    void userIdChanged();
+    void deviceTokenChanged();
+
+private:
+    IdentifierEvents() = default;
+};
+
+} // namespace bvt

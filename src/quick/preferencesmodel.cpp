@@ -1,0 +1,114 @@
+#include "preferencesmodel.h"
+
+#include "core/log.h"
+#include "core/logging.h"
+
+#include <Brevanti/BVT.h>
+#include <Brevanti/BVTNotify.h>
+
+#include <stdexcept>
+
+namespace bvt::quick {
+
+PreferencesModel::PreferencesModel(QObject *parent) : QAbstractListModel(parent) { }
+
+int PreferencesModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_rows.size());
+}
+
+QVariant PreferencesModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
+        return QVariant();
+    const Row &row = m_rows.at(index.row());
+    switch (role) {
+    case CategoryNameRole:
+        return row.categoryName;
+    case CategoryKeyRole:
+        return row.categoryKey;
+    case PreferenceNameRole:
+        return row.preference.name;
+    case PreferenceKeyRole:
+        return row.preference.key;
+    case EnabledRole:
+        return row.preference.enabled;
+    default:
+        return QVariant();
+    }
+}
+
+QHash<int, QByteArray> PreferencesModel::roleNames() const
+{
+    return {{CategoryNameRole, "categoryName"},
+            {CategoryKeyRole, "categoryKey"},
+            {PreferenceNameRole, "preferenceName"},
+            {PreferenceKeyRole, "preferenceKey"},
+            {EnabledRole, "enabled"}};
+}
+
+bool PreferencesModel::loading() const
+{
+    return m_fetches > 0;
+}
+
+void PreferencesModel::load()
+{
+    // Without a device the call only logs, and no callback ever comes.
+    if (!BVT::currentDevice().isNull() && m_fetches++ == 0)
+        Q_EMIT loadingChanged();
+    BVTNotify::getPreferences(tiedTo(this,
+                                     [this](const QVariant &document) {
+                                         append(document.toList());
+                                         fetchEnded();
+                                     }),
+                              tiedTo(this, [this](const QString &error) {
+                                  log("Preferences Error... ERROR: %@", error);
+                                  fetchEnded();
+                              }));
+}
+
+void PreferencesModel::append(const QVariantList &document)
+{
+    PreferenceDocument read;
+    read.append(document);
+    QList<Row> rows;
+    for (const PreferenceCategory &category : read.categories()) {
+        for (const Preference &preference : category.preferences)
+            rows.append({category.name, category.key, preference});
+    }
+    if (rows.isEmpty())
+        return;
+    beginInsertRows(QModelIndex(), int(m_rows.size()), int(m_rows.size() + rows.size() - 1));
+    m_rows.append(rows);
+    endInsertRows();
+}
+
+void PreferencesModel::fetchEnded()
+{
+    if (--m_fetches == 0)
+        Q_EMIT loadingChanged();
+}
+
+void PreferencesModel::setEnabled(int row, bool on)
+{
+    if (row < 0 || row >= m_rows.size() || m_rows.at(row).preference.enabled == on)
+        return;
+    m_rows[row].preference.enabled = on;
+    const QString category = m_rows.at(row).categoryKey;
+    const QString preference = m_rows.at(row).preference.key;
+    log("The switch is %@", on ? "ON" : "OFF");
+    log("The switch is for %@:%@", category, preference);
+    try {
+        if (on)
+            BVTNotify::enablePreferenceWithCategory(category, preference);
+        else
+            BVTNotify::disablePreferenceWithCategory(category, preference);
+    } catch (const std::invalid_argument &error) {
+        // A row whose document lacked a key: nothing can be sent for it.
+        qCWarning(lcQuick) << "switch not sent:" << error.what();
+    }
+    Q_EMIT dataChanged(index(row), index(row), {EnabledRole});
+}
+
+} // namespace bvt::quick

@@ -1,0 +1,268 @@
+// The QML module in a QGuiApplication host: `import Brevanti`, the singleton's properties and
+// callbacks, and the preferences model under a sectioned ListView, against the local service.
+#include "localservice.h"
+#include "logcapture.h"
+
+#include <Brevanti/BVT.h>
+
+#include <QGuiApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTest>
+#include <QtQml/qqmlextensionplugin.h>
+
+// The module is a static plugin: the host imports it, as linking alone registers nothing.
+Q_IMPORT_QML_PLUGIN(BrevantiPlugin)
+
+namespace {
+
+// A host's page in miniature: bindings to the singleton, the model in a sectioned list whose rows
+// read "section:categoryKey:preferenceName:preferenceKey:enabled", and run(code), which runs a
+// page's code with Brevanti, the page and the test (test.record) in scope.
+const QByteArray page = R"(
+import QtQuick
+import Brevanti
+ListView {
+    id: page
+    required property QtObject test
+    property string currentDevice: Brevanti.currentDevice
+    property string currentUser: Brevanti.currentUser
+    property string currentDeviceToken: Brevanti.currentDeviceToken
+    height: 1000
+    model: PreferencesModel {}
+    section.property: "categoryName"
+    delegate: Item {
+        height: 1
+        property string shown: [ListView.section, model.categoryKey, model.preferenceName,
+                                model.preferenceKey, model.enabled].join(":")
+    }
+    function run(code) { return Function("Brevanti", "page", "test", code)(Brevanti, page, test) }
+    function rows() {
+        forceLayout()
+        return Array.from({length: count}, (_, row) => itemAtIndex(row).shown)
+    }
+})";
+
+const QJsonArray catalogue = QJsonDocument::fromJson(R"([{"name": "News", "key": "news",
+    "preferences": [{"name": "Breaking", "key": "breaking", "enabled": true},
+                    {"name": "Digest", "key": "digest", "enabled": false}]},
+    {"name": "Empty", "key": "empty", "preferences": []}, {"name": "Orders", "key": "orders",
+    "preferences": [{"name": "Shipping", "key": "shipping", "enabled": 1}]}])")
+                                     .array();
+
+} // namespace
+
+class TestQuick : public QObject
+{
+    Q_OBJECT
+public:
+    Q_INVOKABLE void record(const QVariant &value) { m_recorded.append(value); }
+
+private Q_SLOTS:
+    void initTestCase();
+    void launchShowsTheDevice();
+    void identifierChangesReachBindings_data();
+    void identifierChangesReachBindings();
+    void callbacksGetTheAnswer_data();
+    void callbacksGetTheAnswer();
+    void modelListsEveryLoadInSections();
+    void flipReachesTheService_data();
+    void flipReachesTheService();
+
+private:
+    void showPage();
+    QVariant run(const QString &code)
+    {
+        QVariant result;
+        QMetaObject::invokeMethod(m_page.get(), "run", Q_RETURN_ARG(QVariant, result),
+                                  Q_ARG(QVariant, code));
+        return result;
+    }
+    QObject *singleton() { return run("return Brevanti").value<QObject *>(); }
+    QObject *model() const { return m_page->property("model").value<QObject *>(); }
+
+    std::unique_ptr<LocalService> m_local;
+    std::unique_ptr<QQmlEngine> m_engine;
+    std::unique_ptr<QObject> m_page;
+    QVariantList m_recorded;
+};
+
+void TestQuick::initTestCase()
+{
+    for (const char *key : {"BVTDeviceId", "BVTUserId", "BVTDeviceToken"})
+        QSettings().remove(QStringLiteral("com.brevanti.ios.") + key);
+    m_local = std::make_unique<LocalService>();
+    QVERIFY(m_local->service().setCatalogue(catalogue));
+    showPage();
+}
+
+void TestQuick::showPage()
+{
+    m_engine = std::make_unique<QQmlEngine>();
+    QQmlComponent component(m_engine.get());
+    component.setData(page, QUrl("page.qml"));
+    m_page.reset(component.createWithInitialProperties({{"test", QVariant::fromValue(this)}}));
+    QVERIFY2(m_page, qPrintable(component.errorString()));
+}
+
+void TestQuick::launchShowsTheDevice()
+{
+    const QString start = R"(Brevanti.initWithLaunchOptions({}, "test-client", "test-secret"))";
+    const QString deviceKey = QStringLiteral("com.brevanti.ios.BVTDeviceId");
+    QSignalSpy changes(singleton(), SIGNAL(currentDeviceChanged()));
+    QSettings().setValue(deviceKey, "earlier");
+    run(start); // a later launch: shown at once
+    QCOMPARE(changes.count(), 1);
+    QCOMPARE(m_page->property("currentDevice").toString(), "earlier");
+
+    QSettings().remove(deviceKey);
+    run(start); // a first launch: shown once registered
+    QVERIFY(m_local->settledExchanges() > 0);
+    QCOMPARE(changes.count(), 3);
+    QCOMPARE(m_page->property("currentDevice").toString(), BVT::currentDevice());
+    QCOMPARE(m_local->requestsFor("/devices").size(), 1);
+}
+
+void TestQuick::identifierChangesReachBindings_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QByteArray>("property");
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<int>("changes");
+    const QByteArray user = "currentUser";
+    const QByteArray token = "currentDeviceToken";
+    // In this order: each row starts where the one before ended.
+    QTest::newRow("assigned") << R"(Brevanti.assignDeviceToUser("reader"))" << user << "reader"
+                              << 1;
+    QTest::newRow("unassigned") << "Brevanti.unassignDevice()" << user << "" << 1;
+    QTest::newRow("refused: a JS error")
+            << "try { Brevanti.assignDeviceToUser(null) } catch (e) { test.record(e.message) }"
+            << user << "" << 0;
+    QTest::newRow("token accepted") << R"(Brevanti.enableDevice("CAFE"))" << token << "CAFE" << 1;
+    QTest::newRow("token set") << R"(Brevanti.setCurrentDeviceToken("BEEF"))" << token << "BEEF"
+                               << 1;
+    QTest::newRow("same token again")
+            << R"(Brevanti.setCurrentDeviceToken("BEEF"))" << token << "BEEF" << 0;
+}
+
+void TestQuick::identifierChangesReachBindings()
+{
+    QFETCH(QString, code);
+    QFETCH(QByteArray, property);
+    QFETCH(QString, value);
+    QFETCH(int, changes);
+
+    m_recorded.clear();
+    QSignalSpy spy(singleton(), "2" + property + "Changed()");
+    run(code);
+    QVERIFY(m_local->settledExchanges() >= 0);
+    QCOMPARE(spy.count(), changes);
+    QCOMPARE(m_page->property(property).toString(), value);
+    QCOMPARE(m_recorded.size(), int(code.contains("catch"))); // the refusal reached the page
+}
+
+void TestQuick::callbacksGetTheAnswer_data()
+{
+    QTest::addColumn<bvtsim::Fault>("fault");
+    QTest::addColumn<bool>("engineGone");
+    QTest::addColumn<QVariantList>("recorded");
+    bvtsim::Fault dropped;
+    dropped.dropConnection = true;
+    QTest::newRow("answer") << bvtsim::Fault() << false << QVariantList{"a b"};
+    QTest::newRow("no answer: null")
+            << dropped << false << QVariantList{QVariant::fromValue(nullptr)};
+    QTest::newRow("engine gone first") << bvtsim::Fault() << true << QVariantList();
+}
+
+void TestQuick::callbacksGetTheAnswer()
+{
+    QFETCH(bvtsim::Fault, fault);
+    QFETCH(bool, engineGone);
+    QFETCH(QVariantList, recorded);
+
+    m_local->reset();
+    m_recorded.clear();
+    m_local->service().setFault("GET", "/echo", fault);
+    run(R"(Brevanti.getUrl("/echo", {device: {uuid: "a b"}},
+                           answer => test.record(answer.query["device[uuid]"]), test.record))");
+    if (engineGone) {
+        m_page.reset();
+        m_engine.reset();
+    }
+    QVERIFY(m_local->settledExchanges() > 0);
+    QCOMPARE(m_local->requestsFor("/echo").first().query, "device[uuid]=a%20b");
+    QCOMPARE(m_recorded, recorded);
+    if (engineGone)
+        showPage();
+}
+
+void TestQuick::modelListsEveryLoadInSections()
+{
+    QStringList shown;
+    for (int load = 1; load <= 2; ++load) {
+        shown << "News:news:Breaking:breaking:true"
+              << "News:news:Digest:digest:false"
+              << "Orders:orders:Shipping:shipping:true";
+        QSignalSpy loading(model(), SIGNAL(loadingChanged()));
+        QMetaObject::invokeMethod(model(), "load");
+        QCOMPARE(loading.count(), 1);
+        QVERIFY(loading.wait());
+        QVERIFY(!model()->property("loading").toBool());
+        QCOMPARE(run("return page.rows()").toStringList(), shown);
+    }
+}
+
+void TestQuick::flipReachesTheService_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<bool>("on");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("sent"); // path and body; empty when nothing is
+    const QString device = "device[uuid]=" + BVT::currentDevice();
+    QTest::newRow("on") << 1 << true << 0
+                        << "/preferences/enable category=news&" + device + "&preference=digest";
+    QTest::newRow("off, refused: stays off")
+            << 0 << false << 500
+            << "/preferences/disable category=news&" + device + "&preference=breaking";
+    QTest::newRow("where it is already") << 2 << true << 0 << QString();
+}
+
+void TestQuick::flipReachesTheService()
+{
+    QFETCH(int, row);
+    QFETCH(bool, on);
+    QFETCH(int, status);
+    QFETCH(QString, sent);
+
+    m_local->reset();
+    bvtsim::Fault fault;
+    fault.status = status;
+    m_local->service().setFault("PATCH", sent.section(' ', 0, 0), fault);
+    LogCapture log;
+    run(QString("page.model.setEnabled(%1, %2)").arg(row).arg(on ? "true" : "false"));
+    QVERIFY(m_local->settledExchanges() >= 0);
+    QStringList requests;
+    for (const bvtsim::RecordedRequest &request : m_local->service().requests())
+        requests << request.path + ' ' + request.body;
+    QCOMPARE(requests, sent.isEmpty() ? QStringList() : QStringList{sent});
+    QCOMPARE(log.linesStartingWith("The switch is").size(),
+             sent.isEmpty() ? 0 : 2); // as the widget
+    QVERIFY(run("return page.rows()").toStringList().at(row).endsWith(on ? ":true" : ":false"));
+}
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QUICK_BACKEND", "software");
+    QGuiApplication app(argc, argv);
+    QCoreApplication::setOrganizationName("BrevantiQuickTests");
+    QStandardPaths::setTestModeEnabled(true);
+    TestQuick test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_quick.moc"
