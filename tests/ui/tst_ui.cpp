@@ -7,12 +7,16 @@
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
 #include <Brevanti/BVTNotifyRequestViewController.h>
+#include <Brevanti/platform/ActivityIndicatorView.h>
 #include <Brevanti/platform/PopupController.h>
 #include <Brevanti/platform/TabBarController.h>
+#include <Brevanti/platform/ViewTag.h>
 
 #include <QEventLoop>
+#include <QJsonArray>
 #include <QLabel>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTest>
@@ -22,7 +26,38 @@
 using Request = BVTNotifyRequestViewController;
 using Preferences = BVTNotifyPreferencesViewController;
 
-class TestPopup : public QObject
+namespace {
+
+// Categories of preferences; the first preference of each is on.
+QJsonArray catalogue(int categories = 3, int preferences = 2)
+{
+    QJsonArray document;
+    for (int c = 0; c < categories; ++c) {
+        QJsonArray rows;
+        for (int p = 0; p < preferences; ++p)
+            rows.append(QJsonObject{{"name", QStringLiteral("Preference %1.%2").arg(c).arg(p)},
+                                    {"key", QStringLiteral("p%1").arg(p)},
+                                    {"enabled", p == 0}});
+        document.append(QJsonObject{{"name", QStringLiteral("Category %1").arg(c)},
+                                    {"key", QStringLiteral("c%1").arg(c)},
+                                    {"preferences", rows}});
+    }
+    return document;
+}
+
+QString labelText(QWidget *cell)
+{
+    return cell->findChild<QLabel *>()->text();
+}
+
+BVTNotifySwitch *switchOf(bvt::TableViewCell *cell)
+{
+    return qobject_cast<BVTNotifySwitch *>(cell->accessoryView());
+}
+
+} // namespace
+
+class TestUi : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -34,9 +69,15 @@ private Q_SLOTS:
     void buttons();
     void topControllerWalk_data();
     void topControllerWalk();
+    void spinnerTurnsUntilADocumentAndEachAppearanceAppends();
+    void rowsAndHeadersAsDesignedAndRefittedOnTurns();
+    void flipSendsTheRowsPreference_data();
+    void flipSendsTheRowsPreference();
 
 private:
     bvt::PopupController *shownPopup() const;
+    Preferences *open();    // the full-screen form, pushed on the window's navigation stack
+    void coverAndUncover(); // so that the screen appears again
 
     const QByteArray m_pushToken = QByteArray(32, '*');
     std::unique_ptr<LocalService> m_local;
@@ -45,7 +86,7 @@ private:
     bvtstandin::StandInOperatingSystem m_system;
 };
 
-void TestPopup::initTestCase()
+void TestUi::initTestCase()
 {
     m_local = std::make_unique<LocalService>();
     QVERIFY(PhoneWindow::startLibraryWithNewDevice());
@@ -57,16 +98,18 @@ void TestPopup::initTestCase()
     m_system.install();
 }
 
-void TestPopup::init()
+// Every test starts with no device token stored: the card shows only then.
+void TestUi::init()
 {
     QSettings().remove(QStringLiteral("com.brevanti.ios.BVTDeviceToken"));
     m_local->reset();
+    QVERIFY(m_local->service().setCatalogue(catalogue()));
     m_system.clear();
     LogCapture::clear();
     m_phone = std::make_unique<PhoneWindow>();
 }
 
-bvt::PopupController *TestPopup::shownPopup() const
+bvt::PopupController *TestUi::shownPopup() const
 {
     for (auto *popup : m_phone->root()->findChildren<bvt::PopupController *>()) {
         if (popup->isPresented())
@@ -75,7 +118,19 @@ bvt::PopupController *TestPopup::shownPopup() const
     return nullptr;
 }
 
-void TestPopup::cardTakesTheGivenLook_data()
+Preferences *TestUi::open()
+{
+    BVT::setCurrentDeviceToken("00"); // no permission requests from the switches
+    BVTNotify::openPreferencesWithNavigationController(m_phone->navigation());
+    return qobject_cast<Preferences *>(m_phone->navigation()->topViewController());
+}
+
+void TestUi::coverAndUncover()
+{
+    m_phone->navigation()->pushViewController(new bvt::ViewController, false);
+    m_phone->navigation()->popViewControllerAnimated(false)->deleteLater();
+}
+void TestUi::cardTakesTheGivenLook_data()
 {
     QTest::addColumn<int>("given"); // how many of colour, icon, header and sub-header
     QTest::addColumn<QColor>("colour");
@@ -90,7 +145,7 @@ void TestPopup::cardTakesTheGivenLook_data()
     QTest::newRow("all four") << 4 << QColor(Qt::blue) << QString("Header") << QString("Sub");
 }
 
-void TestPopup::cardTakesTheGivenLook()
+void TestUi::cardTakesTheGivenLook()
 {
     QFETCH(int, given);
     QFETCH(QColor, colour);
@@ -122,7 +177,7 @@ void TestPopup::cardTakesTheGivenLook()
     QCOMPARE(bar->findChild<QLabel *>()->palette().color(QPalette::WindowText), QColor(Qt::white));
 }
 
-void TestPopup::buttons_data()
+void TestUi::buttons_data()
 {
     QTest::addColumn<int>("button");        // the row's name is the button's text
     QTest::addColumn<QStringList>("asked"); // of the system
@@ -131,7 +186,7 @@ void TestPopup::buttons_data()
     QTest::newRow("No Thanks") << 2 << QStringList();
 }
 
-void TestPopup::buttons()
+void TestUi::buttons()
 {
     QFETCH(int, button);
     BVTNotify::requestCustomPreferences();
@@ -183,7 +238,7 @@ void TestPopup::buttons()
              QStringList(button ? 0 : 1, "You have already accepted push notifications!"));
 }
 
-void TestPopup::topControllerWalk_data()
+void TestUi::topControllerWalk_data()
 {
     QTest::addColumn<int>("hierarchy");
     QTest::newRow("tab bar > navigation stack of two") << 0;
@@ -191,7 +246,7 @@ void TestPopup::topControllerWalk_data()
     QTest::newRow("plain controller") << 2;
 }
 
-void TestPopup::topControllerWalk()
+void TestUi::topControllerWalk()
 {
     QFETCH(int, hierarchy);
     bvt::ViewController *root = nullptr, *top = nullptr;
@@ -213,6 +268,122 @@ void TestPopup::topControllerWalk()
     QCOMPARE(shownPopup() ? shownPopup()->parent() : nullptr, top);
 }
 
-QTEST_MAIN(TestPopup)
+void TestUi::spinnerTurnsUntilADocumentAndEachAppearanceAppends()
+{
+    QVERIFY(m_local->service().setCatalogue(QJsonArray()));
+    Preferences *screen = open();
+    QTRY_COMPARE(m_local->requestsFor("/preferences").size(), 1); // answered: an empty document
+    m_local->service().setFault("GET", "/preferences", bvtsim::Fault{0, 500, "down", {}});
+    coverAndUncover();
+    QTRY_COMPARE(m_log->linesStartingWith("Preferences Error"),
+                 QStringList("Preferences Error... ERROR: down"));
+    // Neither answer filled the table: one spinner still turns.
+    const auto spinners = screen->view()->findChildren<bvt::ActivityIndicatorView *>();
+    QVERIFY(spinners.size() == 1 && bvt::viewWithTag(screen->view(), 12) == spinners.first());
+    QVERIFY(spinners.first()->isAnimating() && spinners.first()->isVisible());
 
-#include "tst_popup.moc"
+    // A document: the spinner goes for good; every appearance fetches and appends.
+    m_local->service().clearFaults();
+    QVERIFY(m_local->service().setCatalogue(catalogue()));
+    coverAndUncover();
+    QTRY_COMPARE(screen->tableData().size(), 3);
+    coverAndUncover();
+    QTRY_COMPARE(screen->tableData().size(), 6);
+    QVERIFY(!bvt::viewWithTag(screen->view(), 12));
+    QCOMPARE(screen->tableView()->numberOfSections(), 6);
+    QCOMPARE(screen->tableData().mid(3), screen->tableData().mid(0, 3));
+}
+
+void TestUi::rowsAndHeadersAsDesignedAndRefittedOnTurns()
+{
+    QVERIFY(m_local->service().setCatalogue(catalogue(10, 10)));
+    BVTNotify::openPreferencesWithNavigationController(nullptr); // made and dropped
+    Preferences *screen = open();
+    QVERIFY(screen && m_phone->navigation()->navigationBar()->title() == "Notifications");
+    QVERIFY(!screen->doneButton() && screen->contentSizeInPopup().isEmpty());
+    screen->didClickDone(); // not in a popup: nothing happens
+    QTRY_COMPARE(screen->tableData().size(), 10);
+    bvt::TableView *table = screen->tableView();
+    QCOMPARE(table->rectForHeaderInSection(1).top(), 50.0 + 10 * 60); // no footer space
+    QWidget *header = table->headerViewForSection(0);
+    QCOMPARE(labelText(header), "Category 0");
+    bvt::TableViewCell *cell = table->cellForRowAtIndexPath({0, 0});
+    QCOMPARE(cell->selectionStyle(), bvt::TableViewCell::SelectionStyle::None);
+    QCOMPARE(switchOf(cell)->accessibleName(), "Preference 0.0");
+
+    // Selecting a row leaves no row selected and the switch as it was.
+    QTest::mouseClick(cell, Qt::LeftButton, {}, QPoint(100, 30));
+    QVERIFY(table->indexPathsForSelectedRows().isEmpty() && switchOf(cell)->isOn());
+
+    // As painted: the header's last line is its own background; the hairline lies just below it,
+    // half a point of grey 222 blended with the row's white (238.5).
+    const QImage shot = m_phone->widget()->grab().toImage();
+    const auto painted = [&](int y) {
+        return shot.pixelColor(header->mapTo(m_phone->widget(), QPoint(200, y)));
+    };
+    QCOMPARE(painted(49), QColor(250, 250, 250));
+    const QColor line = painted(50);
+    QVERIFY2(line == QColor(line.red(), line.red(), line.red()) && qAbs(line.red() - 232) <= 10,
+             qPrintable(line.name()));
+
+    // Scrolled down, a cell built for a row near the top still shows that row.
+    table->scrollToRowAtIndexPath({5, 0});
+    QVERIFY(labelText(table->cellForRowAtIndexPath({5, 0})).startsWith("Preference 0."));
+    for (const QSize &size : {PhoneWindow::portrait.transposed(), PhoneWindow::portrait}) {
+        bvt::Screen::mainScreen().setPhoneSize(size);
+        QTRY_COMPARE(screen->view()->width(), size.width());
+        QCOMPARE(table->geometry(), QRect(QPoint(0, 0), screen->view()->size()));
+    }
+}
+
+void TestUi::flipSendsTheRowsPreference_data()
+{
+    QTest::addColumn<QByteArray>("document"); // served instead of the catalogue's, if any
+    QTest::addColumn<int>("row");             // in the last section
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<bool>("on");      // before the flip
+    QTest::addColumn<QString>("keys"); // as logged; sent only when both are there
+    QTest::newRow("on to off") << QByteArray() << 0 << "Preference 2.0" << true << "c2:p0";
+    QTest::newRow("off to on") << QByteArray() << 1 << "Preference 2.1" << false << "c2:p1";
+    QTest::newRow("number name, no keys")
+            << QByteArray(R"([{"name":7,"preferences":[{"name":42,"enabled":1}]}])") << 0 << "42"
+            << true << "(null):(null)";
+}
+
+void TestUi::flipSendsTheRowsPreference()
+{
+    QFETCH(QByteArray, document);
+    QFETCH(int, row);
+    QFETCH(QString, label);
+    QFETCH(bool, on);
+    QFETCH(QString, keys);
+    if (!document.isEmpty())
+        m_local->service().setFault("GET", "/preferences", bvtsim::Fault{0, 200, document, {}});
+    Preferences *screen = open();
+    QTRY_VERIFY(!screen->tableData().isEmpty());
+    const int section = int(screen->tableData().size()) - 1;
+    m_phone->widget()->grab(); // paints every part
+    bvt::TableViewCell *cell = screen->tableView()->cellForRowAtIndexPath({section, row});
+    BVTNotifySwitch *toggle = switchOf(cell);
+    QCOMPARE(labelText(cell), label);
+    QCOMPARE(toggle->isOn(), on);
+    const bool sent = !keys.contains("(null)");
+    if (!sent)
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^switch not sent"));
+    LogCapture::clear();
+    QTest::mouseClick(toggle, Qt::LeftButton);
+    const QString state = on ? "OFF" : "ON";
+    QCOMPARE(m_log->lines().mid(0, 2),
+             QStringList({"The switch is " + state, "The switch is for " + keys}));
+    if (!sent)
+        return;
+    QTRY_COMPARE(m_local->service().requests().size(), 2); // the fetch and the flip
+    QCOMPARE(m_local->service().requests().last().path,
+             on ? "/preferences/disable" : "/preferences/enable");
+    const QJsonArray stored = m_local->service().preferenceDocument(BVT::currentDevice());
+    QCOMPARE(stored[section]["preferences"][row]["enabled"].toBool(), !on);
+}
+
+QTEST_MAIN(TestUi)
+
+#include "tst_ui.moc"
