@@ -235,7 +235,7 @@ QNetworkAccessManager *TestFaults::routeTo(const QByteArray &reach)
         probe.close();
         m_nowhere = std::make_unique<bvtsim::LoopbackRouter>(origin, closed);
     } else if (reach == "untrusted") {
-        QFile pem(QFINDTESTDATA("untrusted.pem"));
+        QFile pem(QStringLiteral(TEST_SOURCE_DIR "/untrusted.pem"));
         if (!pem.open(QIODevice::ReadOnly))
             return nullptr;
         const QByteArray both = pem.readAll();
