@@ -235,7 +235,7 @@ QNetworkAccessManager *TestFaults::routeTo(const QByteArray &reach)
         probe.close();
         m_nowhere = std::make_unique<bvtsim::LoopbackRouter>(origin, closed);
     } else if (reach == "untrusted") {
-        QFile pem(QFINDTESTDATA("untrusted.pem"));
+        QFile pem(QStringLiteral(TEST_SOURCE_DIR "/untrusted.pem"));
         if (!pem.open(QIODevice::ReadOnly))
             return nullptr;
         const QByteArray both = pem.readAll();
@@ -272,6 +272,10 @@ void TestFaults::manyRequestsWithoutAToken()
                  QString::number(i));
     }
     QCOMPARE(m_local->requestsFor("/oauth/token").size(), count);
+    QSet<int> connections; // kept alive and shared: Qt opens at most six to a host
+    for (const bvtsim::RecordedRequest &request : m_local->service().requests())
+        connections.insert(request.connection);
+    QVERIFY2(connections.size() <= 6, qPrintable(QString::number(connections.size())));
 }
 
 void TestFaults::deletedManagerStillEndsEveryCall_data()
@@ -323,8 +327,7 @@ void TestFaults::unsendableTokenIsNoToken_data()
     QTest::addColumn<bool>("fromService"); // else the host sets it
     for (const bool fromService : {true, false}) {
         const char *from = fromService ? "served" : "set by the host";
-        QTest::addRow("header, %s", from) << QByteArray(R"(tok\r\nX-Injected: yes)") << fromService;
-        QTest::addRow("second request, %s", from)
+        QTest::addRow("CRLF, %s", from)
                 << QByteArray(R"(tok\r\n\r\nGET /smuggled HTTP/1.1\r\nHost: x)") << fromService;
         QTest::addRow("bare LF, %s", from) << QByteArray(R"(tok\nX-Injected: yes)") << fromService;
         QTest::addRow("NUL, %s", from) << QByteArray(R"(tok\u0000more)") << fromService;
