@@ -230,10 +230,19 @@ void TestPlatform::navigationOrdersViewsAndHooks()
     QScopedPointer<ViewController> popped(nav->popViewControllerAnimated(true));
     QVERIFY(popped.data() == second && !second->navigationController() && !second->parent());
     QCOMPARE(hooks, "root:will root:did ");
+    // Presented over everything, following the window, gone once dismissed.
+    QPointer<ViewController> modal = new Probe(QStringLiteral("modal"));
+    nav->presentViewController(modal, true);
+    QVERIFY(nav->presentedViewController() == modal && modal->presentingViewController() == nav);
     // Turned, then resized without a turn: one turn reported, from the first orientation.
     Screen::mainScreen().setPhoneSize(screen.transposed());
     Screen::mainScreen().setPhoneSize(screen.transposed() + QSize(100, 100));
     QCOMPARE(m_root->turns, Turns{Screen::orientationOf(screen)});
+    QVERIFY(modal->view()->isVisible() && modal->view()->geometry() == m_phone->widget()->rect());
+    QPointer<QWidget> modalView = modal->view();
+    modal->dismissViewController(true);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!modal && !modalView);
 }
 
 void TestPlatform::aControllerTakesItsViewWithIt()
