@@ -19,11 +19,6 @@ namespace {
 
 const QDateTime someInstant = QDateTime(QDate(2026, 3, 14), QTime(9, 26, 53), Qt::UTC);
 
-QString messageOf(const Outcomes &outcomes)
-{
-    return outcomes.answers.value(0).toMap().value(QStringLiteral("message")).toString();
-}
-
 } // namespace
 
 // The service client: the token, the requests' bytes and log lines, the form encoding and how
@@ -246,7 +241,8 @@ void TestClient::tokenIsKeptOnlyWhileStrictlyInTheFuture()
         QVERIFY(manager->access_token_expires().isNull());
         return;
     }
-    QCOMPARE(messageOf(outcomes), fetches ? "Updated access token" : "Existing access token");
+    QCOMPARE(outcomes.answers.value(0).toMap().value("message").toString(),
+             fetches ? "Updated access token" : "Existing access token");
     QCOMPARE(manager->access_token() == "cached", !fetches);
     QCOMPARE(m_log->lines().isEmpty(), !fetches); // a valid token logs nothing
 }

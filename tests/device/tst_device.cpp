@@ -16,7 +16,6 @@
 #include <QTest>
 
 #include <sys/stat.h>
-#include <sys/utsname.h>
 
 namespace {
 
@@ -70,7 +69,6 @@ private Q_SLOTS:
     void onlyFailedWritesAreLoggedAndTheyAreKept();
     void systemVersionIsSentInSinglePrecision_data();
     void systemVersionIsSentInSinglePrecision();
-    void deviceNameIsTheMachineField();
 
 private:
     std::unique_ptr<LocalService> m_local;
@@ -356,13 +354,6 @@ void TestDevice::systemVersionIsSentInSinglePrecision()
                                {"model", bvt::Device::currentDevice().model()},
                                {"manufacturer", "Apple"}};
     QCOMPARE(m_manager->deviceParams(), BVTParameters({{"device", device}}));
-}
-
-void TestDevice::deviceNameIsTheMachineField()
-{
-    utsname system{};
-    QCOMPARE(uname(&system), 0);
-    QCOMPARE(deviceName(), QString::fromUtf8(system.machine));
 }
 
 int main(int argc, char **argv)

@@ -141,9 +141,13 @@ void TestPlatform::scrollingShowsWhatIsInView()
         shown += cell->isVisible();
     QCOMPARE(shown, rows.size());
     QVERIFY(m_table->cellsCreated() <= 11 + TableView::poolLimit); // the cells that left came back
+    // A separator lies on each row's last line, but for a section's last row.
+    const QImage image = m_table->viewport()->grab().toImage();
     for (const IndexPath &p : rows) {
-        QCOMPARE(m_table->cellForRowAtIndexPath(p)->geometry(),
-                 QRect(0, Model::top(p) - top, view.width(), 60));
+        const QRect row(0, Model::top(p) - top, view.width(), 60);
+        QCOMPARE(m_table->cellForRowAtIndexPath(p)->geometry(), row);
+        if (row.bottom() < view.height())
+            QCOMPARE(image.pixel(100, row.bottom()) == qRgb(255, 255, 255), p.row == 19);
     }
     // Headers in view are placed; one that left is asked for again on return.
     for (int s = 0; s < 100; ++s) {
@@ -191,6 +195,7 @@ void TestPlatform::selectionByTapAndReload()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(m_model->cellRequests == 22 && m_model->headers.value(0) == 2);
     QVERIFY(m_table->cellsCreated() == 11 && !before.contains(nullptr));
+    m_table->selectRowAtIndexPath({0, 20}); // no such row
     QVERIFY(m_table->indexPathsForSelectedRows().isEmpty());
     for (const IndexPath &p : m_table->indexPathsForVisibleRows())
         QVERIFY(!m_table->cellForRowAtIndexPath(p)->isSelected());
@@ -225,15 +230,26 @@ void TestPlatform::navigationOrdersViewsAndHooks()
     nav->pushViewController(second, true);
     QCOMPARE(hooks, "second:load second:will second:did ");
     QVERIFY(second->view()->isVisible() && !m_root->view()->isVisible());
+    QVERIFY(second->view()->autoFillBackground()); // white, not the window's grey
+    QCOMPARE(nav->navigationBar()->findChild<QLabel *>()->font().pixelSize(), 17);
     QVERIFY(second->navigationController() == nav && nav->navigationBar()->title() == "second");
     hooks.clear();
     QScopedPointer<ViewController> popped(nav->popViewControllerAnimated(true));
     QVERIFY(popped.data() == second && !second->navigationController() && !second->parent());
     QCOMPARE(hooks, "root:will root:did ");
+    // Presented over everything, following the window, gone once dismissed.
+    QPointer<ViewController> modal = new Probe(QStringLiteral("modal"));
+    nav->presentViewController(modal, true);
+    QVERIFY(nav->presentedViewController() == modal && modal->presentingViewController() == nav);
     // Turned, then resized without a turn: one turn reported, from the first orientation.
     Screen::mainScreen().setPhoneSize(screen.transposed());
     Screen::mainScreen().setPhoneSize(screen.transposed() + QSize(100, 100));
     QCOMPARE(m_root->turns, Turns{Screen::orientationOf(screen)});
+    QVERIFY(modal->view()->isVisible() && modal->view()->geometry() == m_phone->widget()->rect());
+    QPointer<QWidget> modalView = modal->view();
+    modal->dismissViewController(true);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!modal && !modalView);
 }
 
 void TestPlatform::aControllerTakesItsViewWithIt()

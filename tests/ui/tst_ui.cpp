@@ -174,6 +174,8 @@ void TestUi::cardTakesTheGivenLook()
     // The bar, hidden on this card and shown over the preferences, has a white title.
     const bvt::PopupNavigationBar *bar = shownPopup()->navigationBar();
     QVERIFY(!bar->isVisible());
+    QCOMPARE(shownPopup()->backgroundView()->palette().color(QPalette::Window).alphaF(), 0.8f);
+    QVERIFY(shownPopup()->backgroundView()->autoFillBackground()); // the screen behind is dimmed
     QCOMPARE(bar->findChild<QLabel *>()->palette().color(QPalette::WindowText), QColor(Qt::white));
 }
 
@@ -307,6 +309,8 @@ void TestUi::rowsAndHeadersAsDesignedAndRefittedOnTurns()
     QCOMPARE(table->rectForHeaderInSection(1).top(), 50.0 + 10 * 60); // no footer space
     QWidget *header = table->headerViewForSection(0);
     QCOMPARE(labelText(header), "Category 0");
+    const QFont font = header->findChild<QLabel *>()->font();
+    QVERIFY(font.bold() && font.pixelSize() == 14);
     bvt::TableViewCell *cell = table->cellForRowAtIndexPath({0, 0});
     QCOMPARE(cell->selectionStyle(), bvt::TableViewCell::SelectionStyle::None);
     QCOMPARE(switchOf(cell)->accessibleName(), "Preference 0.0");
