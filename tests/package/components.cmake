@@ -1,5 +1,6 @@
 # Installs the build into a prefix of its own, then configures a host that asks for one component
-# at a time; a component whose targets name another's before those exist fails here.
+# at a time; a component whose targets name another's before those exist fails here. The host of
+# Core alone is built too, and must need neither Qt Gui nor Qt Widgets.
 file(REMOVE_RECURSE ${WORK_DIR}/prefix)
 execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${WORK_DIR}/prefix
     RESULT_VARIABLE failed OUTPUT_QUIET
@@ -17,3 +18,14 @@ foreach(component Core Widgets Quick)
     endif()
     message(STATUS "find_package(Brevanti COMPONENTS ${component}): found")
 endforeach()
+execute_process(COMMAND ${CMAKE_COMMAND} --build ${WORK_DIR}/host-Core
+    RESULT_VARIABLE failed OUTPUT_VARIABLE output ERROR_VARIABLE output
+)
+if(failed)
+    message(FATAL_ERROR "a host of Brevanti::Core alone does not build:\n${output}")
+endif()
+execute_process(COMMAND readelf -d ${WORK_DIR}/host-Core/host OUTPUT_VARIABLE needed)
+if(needed MATCHES "libQt6(Gui|Widgets|Quick)")
+    message(FATAL_ERROR "a host of Brevanti::Core alone needs ${CMAKE_MATCH_0}:\n${needed}")
+endif()
+message(STATUS "a host of Brevanti::Core alone needs no Qt Gui, Widgets or Quick")
