@@ -1,12 +1,22 @@
 #include "brevantisingleton.h"
 
+#include "core/cardpresenter.h"
 #include "core/identifierevents.h"
+#include "core/log.h"
+#include "core/logging.h"
 #include "jscallback.h"
+#include "notify/carddefaults.h"
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
 
+#include <QColor>
+#include <QGuiApplication>
 #include <QJSEngine>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QTimer>
 
 #include <stdexcept>
 
@@ -51,6 +61,7 @@ BrevantiSingleton::BrevantiSingleton(QJSEngine *engine, QObject *parent)
         if (m_token.update(BVT::currentDeviceToken()))
             Q_EMIT currentDeviceTokenChanged();
     });
+    installCardPresenter(this, [this](const CardRequest &request) { showCard(request); });
 }
 
 BrevantiSingleton *BrevantiSingleton::create(QQmlEngine *, QJSEngine *engine)
@@ -140,6 +151,114 @@ void BrevantiSingleton::verifyPushEnabled()
 void BrevantiSingleton::requestPushPermissions()
 {
     BVTNotify::requestPushPermissions();
+}
+
+void BrevantiSingleton::requestPushPermissions(int delayMs)
+{
+    QTimer::singleShot(delayMs, [] { BVTNotify::requestPushPermissions(); });
+}
+
+QColor BrevantiSingleton::defaultNotificationColor()
+{
+    using namespace carddefaults;
+    return QColor::fromRgbF(red, green, blue, 1.0f);
+}
+
+QString BrevantiSingleton::defaultNotificationHeader()
+{
+    return carddefaults::header();
+}
+
+QString BrevantiSingleton::defaultNotificationSubHeader()
+{
+    return carddefaults::subHeader();
+}
+
+QQuickWindow *BrevantiSingleton::window() const
+{
+    return m_window;
+}
+
+void BrevantiSingleton::setWindow(QQuickWindow *window)
+{
+    if (m_window == window)
+        return;
+    m_window = window;
+    Q_EMIT windowChanged();
+}
+
+void BrevantiSingleton::requestCustomPreferences()
+{
+    requestCustomPreferencesWithColor(defaultNotificationColor());
+}
+
+void BrevantiSingleton::requestCustomPreferencesWithColor(const QVariant &color)
+{
+    // The card draws its mark in the colour, as the widget card does; an icon is only passed on.
+    requestCustomPreferencesWithColor(color, QVariant());
+}
+
+void BrevantiSingleton::requestCustomPreferencesWithColor(const QVariant &color,
+                                                          const QVariant &icon)
+{
+    requestCustomPreferencesWithColor(color, icon, defaultNotificationHeader());
+}
+
+void BrevantiSingleton::requestCustomPreferencesWithColor(const QVariant &color,
+                                                          const QVariant &icon,
+                                                          const QString &header)
+{
+    requestCustomPreferencesWithColor(color, icon, header, defaultNotificationSubHeader());
+}
+
+void BrevantiSingleton::requestCustomPreferencesWithColor(const QVariant &color,
+                                                          const QVariant &icon,
+                                                          const QString &header,
+                                                          const QString &subHeader)
+{
+    // The same rule as the C++ call: a stored token means push was accepted already.
+    if (!BVT::currentDeviceToken().isNull()) {
+        log("You have already accepted push notifications!");
+        return;
+    }
+    showCard({color, icon, header, subHeader});
+}
+
+void BrevantiSingleton::showCard(const CardRequest &request)
+{
+    QQuickWindow *shownIn = m_window;
+    for (QWindow *window : QGuiApplication::topLevelWindows()) {
+        if (!shownIn)
+            shownIn = qobject_cast<QQuickWindow *>(window);
+    }
+    auto *engine = qobject_cast<QQmlEngine *>(m_engine);
+    if (!shownIn || !engine) {
+        qCWarning(lcQuick, "No Qt Quick window to show the permission card in; nothing is shown");
+        return;
+    }
+    QQmlComponent component(
+            engine,
+            QUrl(QStringLiteral("qrc:/qt-project.org/imports/Brevanti/PermissionCard.qml")));
+    if (component.isError()) {
+        qCWarning(lcQuick).noquote() << component.errorString();
+        return;
+    }
+    // A colour QML gave as a name is made a colour here; null stays none.
+    const QColor color = request.color.isNull() ? QColor() : request.color.value<QColor>();
+    QObject *card = component.createWithInitialProperties(
+            {{QStringLiteral("parent"), QVariant::fromValue(shownIn->contentItem())},
+             {QStringLiteral("color"), color},
+             {QStringLiteral("icon"), request.icon},
+             {QStringLiteral("header"), request.header},
+             {QStringLiteral("subHeader"), request.subHeader}});
+    if (!card) {
+        qCWarning(lcQuick).noquote() << component.errorString();
+        return;
+    }
+    card->setObjectName(QStringLiteral("brevantiPermissionCard"));
+    card->setParent(shownIn); // goes with its window at the latest
+    connect(card, SIGNAL(closed()), card, SLOT(deleteLater()));
+    QMetaObject::invokeMethod(card, "open");
 }
 
 void BrevantiSingleton::getPreferences(const QJSValue &onSuccess, const QJSValue &onFailure)

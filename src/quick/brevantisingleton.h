@@ -1,13 +1,20 @@
 #pragma once
 
+#include <QColor>
 #include <QJSValue>
 #include <QObject>
+#include <QPointer>
+#include <QQuickWindow>
 #include <QString>
 #include <QVariantMap>
 #include <QtQml/qqmlregistration.h>
 
 class QJSEngine;
 class QQmlEngine;
+
+namespace bvt {
+struct CardRequest;
+}
 
 namespace bvt::quick {
 
@@ -17,6 +24,8 @@ namespace bvt::quick {
 // the failed answer's body (null when none arrived). They run only while this engine's singleton
 // lives, so never after the engine is gone. A call the library refuses (a null key or user
 // identifier) throws a JavaScript error instead.
+// Once made, it also shows the permission card for BVTNotify::requestCustomPreferences in a host
+// without Qt Widgets, in its window.
 class BrevantiSingleton : public QObject
 {
     Q_OBJECT
@@ -25,6 +34,12 @@ class BrevantiSingleton : public QObject
     Q_PROPERTY(QString currentDevice READ currentDevice NOTIFY currentDeviceChanged)
     Q_PROPERTY(QString currentUser READ currentUser NOTIFY currentUserChanged)
     Q_PROPERTY(QString currentDeviceToken READ currentDeviceToken NOTIFY currentDeviceTokenChanged)
+    // The permission card's defaults, those of BVTNotify.
+    Q_PROPERTY(QColor defaultNotificationColor READ defaultNotificationColor CONSTANT)
+    Q_PROPERTY(QString defaultNotificationHeader READ defaultNotificationHeader CONSTANT)
+    Q_PROPERTY(QString defaultNotificationSubHeader READ defaultNotificationSubHeader CONSTANT)
+    // Where the permission card shows; unset, the application's first Qt Quick window.
+    Q_PROPERTY(QQuickWindow *window READ window WRITE setWindow NOTIFY windowChanged)
 
 public:
     explicit BrevantiSingleton(QJSEngine *engine, QObject *parent = nullptr);
@@ -33,6 +48,11 @@ public:
     QString currentDevice() const;
     QString currentUser() const;
     QString currentDeviceToken() const;
+    static QColor defaultNotificationColor();
+    static QString defaultNotificationHeader();
+    static QString defaultNotificationSubHeader();
+    QQuickWindow *window() const;
+    void setWindow(QQuickWindow *window);
 
     Q_INVOKABLE void initWithLaunchOptions(const QVariantMap &launchOptions,
                                            const QString &clientId, const QString &clientSecret);
@@ -56,6 +76,18 @@ public:
     // No callbacks: the library never calls those of these two.
     Q_INVOKABLE void verifyPushEnabled();
     Q_INVOKABLE void requestPushPermissions();
+    Q_INVOKABLE void requestPushPermissions(int delayMs); // later, holding nothing of the caller
+
+    // The permission card, with BVTNotify's defaults for what is not given; a null colour is none.
+    // Nothing shows once push was accepted.
+    Q_INVOKABLE void requestCustomPreferences();
+    Q_INVOKABLE void requestCustomPreferencesWithColor(const QVariant &color);
+    Q_INVOKABLE void requestCustomPreferencesWithColor(const QVariant &color, const QVariant &icon);
+    Q_INVOKABLE void requestCustomPreferencesWithColor(const QVariant &color, const QVariant &icon,
+                                                       const QString &header);
+    Q_INVOKABLE void requestCustomPreferencesWithColor(const QVariant &color, const QVariant &icon,
+                                                       const QString &header,
+                                                       const QString &subHeader);
 
     Q_INVOKABLE void getPreferences(const QJSValue &onSuccess = {}, const QJSValue &onFailure = {});
     Q_INVOKABLE void enablePreferenceWithCategory(const QString &category,
@@ -71,6 +103,7 @@ Q_SIGNALS:
     void currentDeviceChanged();
     void currentUserChanged();
     void currentDeviceTokenChanged();
+    void windowChanged();
 
 private:
     // An identifier as last announced to QML, so that a change is announced once and a write of
@@ -83,6 +116,9 @@ private:
 
     template<typename Call>
     void refusable(Call &&call);
+    void showCard(const CardRequest &request);
+
+    QPointer<QQuickWindow> m_window;
 
     QJSEngine *m_engine;
     Shown m_device;

@@ -8,8 +8,10 @@
 #include <Brevanti/platform/TabBarController.h>
 #include <Brevanti/platform/Window.h>
 
+#include "core/cardpresenter.h"
 #include "core/log.h"
 #include "core/logging.h"
+#include "notify/carddefaults.h"
 
 #include <QApplication>
 #include <QColor>
@@ -19,7 +21,7 @@
 
 namespace {
 
-const QString defaultIconName = QStringLiteral("bvt-alert-icon-default.png");
+const QString defaultIconName = QString::fromLatin1(bvt::carddefaults::iconName);
 constexpr double popupCornerRadius = 4.0;
 const QColor dimming = QColor::fromRgbF(0, 0, 0, 0.8f);
 
@@ -28,7 +30,8 @@ bool widgetsAvailable()
 {
     if (qobject_cast<QApplication *>(QCoreApplication::instance()))
         return true;
-    qCWarning(bvt::lcUi, "The library's screens need a QApplication (Qt Widgets); nothing is shown");
+    qCWarning(bvt::lcUi,
+              "The library's screens need a QApplication (Qt Widgets); nothing is shown");
     return false;
 }
 
@@ -63,6 +66,11 @@ void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPi
         bvt::log("You have already accepted push notifications!");
         return;
     }
+    // Without Qt Widgets, a QML host's card is shown instead, when the QML module is in use.
+    if (!qobject_cast<QApplication *>(QCoreApplication::instance())
+        && bvt::presentCard(
+                {QVariant::fromValue(color), QVariant::fromValue(icon), header, subHeader}))
+        return;
     if (!widgetsAvailable())
         return;
     bvt::ViewController *top = topViewController();
@@ -93,7 +101,8 @@ void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPi
 
 QColor BVTNotify::defaultNotificationColor()
 {
-    return QColor::fromRgbF(0.23f, 0.36f, 0.59f, 1.0f);
+    using namespace bvt::carddefaults;
+    return QColor::fromRgbF(red, green, blue, 1.0f);
 }
 
 QPixmap BVTNotify::defaultNotificationIcon()
@@ -108,13 +117,12 @@ QPixmap BVTNotify::defaultNotificationIcon()
 
 QString BVTNotify::defaultNotificationHeader()
 {
-    return QStringLiteral("Stay Up To Date");
+    return bvt::carddefaults::header();
 }
 
 QString BVTNotify::defaultNotificationSubHeader()
 {
-    return QStringLiteral(
-            "Turn on notifications to make sure you don't miss anything you care about!");
+    return bvt::carddefaults::subHeader();
 }
 
 void BVTNotify::openPreferencesWithNavigationController(bvt::NavigationController *navigation)

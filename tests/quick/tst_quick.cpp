@@ -1,19 +1,27 @@
 // The QML module in a QGuiApplication host: `import Brevanti`, the singleton's properties and
-// callbacks, and the preferences model under a sectioned ListView, against the local service.
+// callbacks, the preferences model under a sectioned ListView, and the permission card in a Qt
+// Quick window, against the local service and the stand-in operating system.
 #include "localservice.h"
 #include "logcapture.h"
 
-#include <Brevanti/BVT.h>
+#include "standinoperatingsystem.h"
 
+#include <Brevanti/BVT.h>
+#include <Brevanti/BVTNotify.h>
+
+#include <QAccessible>
 #include <QGuiApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QQmlComponent>
 #include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTest>
+#include <QTimer>
 #include <QtQml/qqmlextensionplugin.h>
 
 // The module is a static plugin: the host imports it, as linking alone registers nothing.
@@ -73,6 +81,8 @@ private Q_SLOTS:
     void modelListsEveryLoadInSections();
     void flipReachesTheService_data();
     void flipReachesTheService();
+    void cardButtons_data();
+    void cardButtons();
 
 private:
     void showPage();
@@ -90,7 +100,34 @@ private:
     std::unique_ptr<QQmlEngine> m_engine;
     std::unique_ptr<QObject> m_page;
     QVariantList m_recorded;
+    const QByteArray m_pushToken = QByteArray(32, '*');
+    bvtstandin::StandInOperatingSystem m_system;
 };
+
+namespace {
+
+// The card's shown items, as a user finds them: by their text.
+QList<QQuickItem *> itemsOf(QObject *card, const char *type, const QString &text = QString())
+{
+    QList<QQuickItem *> found, below{card->property("contentItem").value<QQuickItem *>()};
+    while (!below.isEmpty()) {
+        QQuickItem *item = below.takeFirst();
+        if (item->inherits(type) && (text.isNull() || item->property("text") == text))
+            found << item;
+        if (item->isVisible())
+            below << item->childItems();
+    }
+    return found;
+}
+
+void tap(QQuickItem *item)
+{
+    QVERIFY(item && item->isVisible());
+    const QPointF centre = item->mapToScene({item->width() / 2, item->height() / 2});
+    QTest::mouseClick(item->window(), Qt::LeftButton, {}, centre.toPoint());
+}
+
+} // namespace
 
 void TestQuick::initTestCase()
 {
@@ -98,6 +135,11 @@ void TestQuick::initTestCase()
         QSettings().remove(QStringLiteral("com.brevanti.ios.") + key);
     m_local = std::make_unique<LocalService>();
     QVERIFY(m_local->service().setCatalogue(catalogue));
+    // The host's part: the token that the system hands over goes to the service.
+    m_system.setTokenToHandOut(m_pushToken);
+    connect(&m_system, &bvtstandin::StandInOperatingSystem::deviceTokenReceived,
+            [](const QByteArray &token) { BVTNotify::enableDevice(token); });
+    m_system.install();
     showPage();
 }
 
@@ -253,6 +295,62 @@ void TestQuick::flipReachesTheService()
     QCOMPARE(log.linesStartingWith("The switch is").size(),
              sent.isEmpty() ? 0 : 2); // as the widget
     QVERIFY(run("return page.rows()").toStringList().at(row).endsWith(on ? ":true" : ":false"));
+}
+
+void TestQuick::cardButtons_data()
+{
+    QTest::addColumn<QString>("call");      // QML code; none for BVTNotify's C++ call
+    QTest::addColumn<QStringList>("asked"); // of the system
+    QTest::newRow("Keep Me Updated")
+            << "Brevanti.requestCustomPreferences()" << QStringList({"settings:7", "remote"});
+    QTest::newRow("Customize Notifications") << QString() << QStringList();
+    QTest::newRow("No Thanks") << R"(Brevanti.requestCustomPreferencesWithColor("red"))"
+                               << QStringList();
+}
+
+void TestQuick::cardButtons()
+{
+    QFETCH(QString, call);
+    QFETCH(QStringList, asked);
+    QSettings().remove(QStringLiteral("com.brevanti.ios.BVTDeviceToken"));
+    m_local->reset();
+    QQuickWindow window;
+    window.resize(375, 667);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    call.isEmpty() ? BVTNotify::requestCustomPreferences() : void(run(call));
+    QPointer<QObject> card = window.findChild<QObject *>("brevantiPermissionCard");
+    QVERIFY(card);
+    const int delay = card->property("permissionDelay").toInt();
+    QTRY_VERIFY(card->property("opened").toBool());
+    QCOMPARE(card->property("color").value<QColor>(),
+             call.contains("red") ? QColor(Qt::red) : BVTNotify::defaultNotificationColor());
+    tap(itemsOf(card, "QQuickAbstractButton", QTest::currentDataTag()).value(0));
+    QVERIFY(m_system.requests().isEmpty()); // the card goes first, the system asks later
+    if (QTest::currentDataTag() == QStringLiteral("Customize Notifications")) {
+        // The preferences in the card, under its bar, with a switch named as each row.
+        QVERIFY(!itemsOf(card, "QQuickText", "Notifications").isEmpty());
+        QTRY_COMPARE(itemsOf(card, "QQuickSwitch").size(), 3);
+        QAccessibleInterface *first =
+                QAccessible::queryAccessibleInterface(itemsOf(card, "QQuickSwitch").constFirst());
+        QCOMPARE(first->text(QAccessible::Name), "Breaking");
+        QCOMPARE(m_local->requestsFor("/preferences").size(), 1);
+        tap(itemsOf(card, "QQuickAbstractButton", "Done").value(0));
+    }
+    QTRY_VERIFY(!card); // dismissed, and gone
+    // Whatever the tap put off is due before a timer of the same delay started now.
+    QEventLoop loop;
+    QTimer::singleShot(delay, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    loop.exec();
+    QCOMPARE(m_system.requests(), asked);
+    m_system.clear();
+    if (asked.isEmpty())
+        return;
+    QTRY_COMPARE(BVT::currentDeviceToken(), m_pushToken.toHex().toUpper());
+    LogCapture log; // asked again once accepted: nothing shows
+    run(call);
+    QCOMPARE(log.linesStartingWith("You have").size(), 1);
+    QVERIFY(!window.findChild<QObject *>("brevantiPermissionCard"));
 }
 
 int main(int argc, char **argv)

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QVariant>
+
+#include <functional>
+
+namespace bvt {
+
+// Who shows the permission card in a host without Qt Widgets: the QML module installs itself here,
+// so that BVTNotify::requestCustomPreferences shows its card there. The colour and icon travel as
+// QVariant (a QColor, a QPixmap) so that this layer needs no Qt Gui.
+struct CardRequest
+{
+    QVariant color;
+    QVariant icon;
+    QString header;
+    QString subHeader;
+};
+
+using CardPresenter = std::function<void(const CardRequest &)>;
+
+// The presenter runs only while its owner lives; the last one installed wins.
+void installCardPresenter(QObject *owner, CardPresenter presenter);
+// Shows the card through the installed presenter; false when there is none.
+bool presentCard(const CardRequest &request);
+
+} // namespace bvt

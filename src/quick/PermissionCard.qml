@@ -1,0 +1,183 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Brevanti
+
+// The permission card over the dimmed window, the widget card's look and buttons: Keep Me Updated
+// closes it and asks for push permission once it has gone, Customize Notifications shows the
+// preferences inside it under a bar whose Done closes it, No Thanks closes it.
+Popup {
+    id: card
+
+    property color color: Brevanti.defaultNotificationColor
+    property var icon // passed on only: the card draws its mark in the colour, as the widget card
+    property string header: Brevanti.defaultNotificationHeader
+    property string subHeader: Brevanti.defaultNotificationSubHeader
+    property bool customizing: false
+    readonly property int permissionDelay: 100 // lets the card leave before the system prompt
+    readonly property bool landscape: parent ? parent.width > parent.height : false
+    readonly property int barHeight: 44
+
+    parent: Overlay.overlay
+    anchors.centerIn: parent
+    width: parent ? parent.width - 30 : 0
+    height: customizing ? (landscape ? parent.height - 60 : 400) + barHeight
+                        : (landscape ? 340 : 460)
+    modal: true
+    dim: true
+    closePolicy: Popup.NoAutoClose
+    padding: 0
+    background: Rectangle {
+        color: "white"
+        radius: 4
+    }
+    Overlay.modal: Rectangle {
+        color: Qt.rgba(0, 0, 0, 0.8)
+    }
+
+    contentItem: Item {
+        clip: true
+
+        ColumnLayout {
+            visible: !card.customizing
+            anchors.fill: parent
+            anchors.leftMargin: 24
+            anchors.topMargin: 32
+            anchors.rightMargin: 24
+            anchors.bottomMargin: 24
+            spacing: 12
+
+            Rectangle {
+                Layout.alignment: Qt.AlignHCenter
+                implicitWidth: 72
+                implicitHeight: 72
+                radius: 36
+                color: card.color
+                Label {
+                    anchors.centerIn: parent
+                    text: "!"
+                    color: "white"
+                    font.pointSize: 30
+                    font.bold: true
+                }
+            }
+            Label {
+                Layout.fillWidth: true
+                text: card.header
+                color: card.color
+                font.pointSize: 17
+                font.bold: true
+                horizontalAlignment: Text.AlignHCenter
+                wrapMode: Text.Wrap
+            }
+            Label {
+                Layout.fillWidth: true
+                text: card.subHeader
+                horizontalAlignment: Text.AlignHCenter
+                wrapMode: Text.Wrap
+            }
+            Item {
+                Layout.fillHeight: true
+            }
+            Button {
+                id: keepMeUpdated
+                Layout.fillWidth: true
+                Layout.preferredHeight: 46
+                text: "Keep Me Updated"
+                font.bold: true
+                contentItem: Label {
+                    text: keepMeUpdated.text
+                    font: keepMeUpdated.font
+                    color: "white"
+                    horizontalAlignment: Text.AlignHCenter
+                    verticalAlignment: Text.AlignVCenter
+                }
+                background: Rectangle {
+                    color: card.color
+                    radius: 4
+                }
+                onClicked: {
+                    card.close()
+                    Brevanti.requestPushPermissions(card.permissionDelay)
+                }
+            }
+            Button {
+                id: customize
+                Layout.fillWidth: true
+                Layout.preferredHeight: 46
+                text: "Customize Notifications"
+                font.bold: true
+                contentItem: Label {
+                    text: customize.text
+                    font: customize.font
+                    color: card.color
+                    horizontalAlignment: Text.AlignHCenter
+                    verticalAlignment: Text.AlignVCenter
+                }
+                background: Rectangle {
+                    color: "white"
+                    radius: 4
+                    border.color: card.color
+                    border.width: 2
+                }
+                onClicked: card.customizing = true
+            }
+            Button {
+                id: noThanks
+                Layout.fillWidth: true
+                Layout.preferredHeight: 36
+                text: "No Thanks"
+                flat: true
+                contentItem: Label {
+                    text: noThanks.text
+                    font: noThanks.font
+                    color: Qt.rgba(0.75, 0.75, 0.75, 1)
+                    horizontalAlignment: Text.AlignHCenter
+                    verticalAlignment: Text.AlignVCenter
+                }
+                background: null
+                onClicked: card.close()
+            }
+        }
+
+        Rectangle {
+            id: bar
+            visible: card.customizing
+            width: parent.width
+            height: card.barHeight
+            color: card.color
+            Label {
+                anchors.centerIn: parent
+                text: "Notifications"
+                color: "white"
+                font.pixelSize: 17
+                font.bold: true
+            }
+            Button {
+                id: done
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                height: parent.height
+                text: "Done"
+                flat: true
+                contentItem: Label {
+                    text: done.text
+                    color: "white"
+                    horizontalAlignment: Text.AlignHCenter
+                    verticalAlignment: Text.AlignVCenter
+                }
+                background: null
+                onClicked: card.close()
+            }
+        }
+
+        // Made on each Customize, so that every showing fetches once.
+        Loader {
+            active: card.customizing
+            y: card.barHeight
+            width: parent.width
+            height: parent.height - card.barHeight
+            sourceComponent: PreferencesPage {}
+        }
+    }
+}
