@@ -51,7 +51,7 @@ Item {
             Rectangle {
                 anchors.bottom: parent.bottom
                 width: parent.width
-                height: 0.5
+                height: 1 // a hairline: thinner, the software renderer draws nothing
                 color: page.hairlineColor
             }
         }
@@ -76,6 +76,7 @@ Item {
                 anchors.right: parent.right
                 anchors.rightMargin: 15
                 anchors.verticalCenter: parent.verticalCenter
+                padding: 0
                 checked: model.enabled
                 Accessible.name: model.preferenceName
                 onToggled: preferences.setEnabled(index, checked)
@@ -103,7 +104,7 @@ Item {
                 x: 15
                 anchors.bottom: parent.bottom
                 width: parent.width - x
-                height: 0.5
+                height: 1
                 color: page.hairlineColor
             }
         }
