@@ -227,10 +227,9 @@ void BrevantiSingleton::requestCustomPreferencesWithColor(const QVariant &color,
 void BrevantiSingleton::showCard(const CardRequest &request)
 {
     QQuickWindow *shownIn = m_window;
-    for (QWindow *window : QGuiApplication::topLevelWindows()) {
-        if (!shownIn)
-            shownIn = qobject_cast<QQuickWindow *>(window);
-    }
+    const QWindowList windows = QGuiApplication::topLevelWindows();
+    for (auto window = windows.cbegin(); !shownIn && window != windows.cend(); ++window)
+        shownIn = qobject_cast<QQuickWindow *>(*window);
     auto *engine = qobject_cast<QQmlEngine *>(m_engine);
     if (!shownIn || !engine) {
         qCWarning(lcQuick, "No Qt Quick window to show the permission card in; nothing is shown");
