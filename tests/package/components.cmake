@@ -8,9 +8,13 @@ execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${WORK_
 if(failed)
     message(FATAL_ERROR "the build does not install")
 endif()
+# A sanitized build's static libraries need the sanitizers' runtime in the host too.
+if(SANITIZE)
+    set(host_flags -DCMAKE_EXE_LINKER_FLAGS=-fsanitize=address,undefined)
+endif()
 foreach(component Core Widgets Quick)
     execute_process(COMMAND ${CMAKE_COMMAND} -S ${HOST_DIR} -B ${WORK_DIR}/host-${component}
-            -DCOMPONENT=${component} -DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix
+            -DCOMPONENT=${component} -DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix ${host_flags}
         RESULT_VARIABLE failed OUTPUT_QUIET ERROR_VARIABLE errors
     )
     if(failed)
