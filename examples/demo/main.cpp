@@ -1,8 +1,8 @@
 // The demo host: a phone-sized window with a home screen from which the user signs in and out,
 // is asked for notifications and opens the notification settings. With --screenshots it walks a
 // first run by itself and saves a picture of each step. The library's log goes to standard error.
+#include "demohost.h"
 #include "homeviewcontroller.h"
-#include "loopbackrouter.h"
 #include "standinoperatingsystem.h"
 #include "walkthrough.h"
 
@@ -13,57 +13,23 @@
 #include <Brevanti/platform/Window.h>
 
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QPointer>
 #include <QTimer>
 
-#include <cstring>
 #include <memory>
 
 int main(int argc, char **argv)
 {
-    // The platform is chosen when the application object is made, before the options are parsed.
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--offscreen") == 0)
-            qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
+    chooseOffscreenPlatform(argc, argv); // before the application object chooses it
     QApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Brevanti"));
     QCoreApplication::setApplicationName(QStringLiteral("brevanti-demo"));
 
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Brevanti demo host"));
-    parser.addHelpOption();
-    const QCommandLineOption service(QStringLiteral("service"),
-                                     QStringLiteral("Send the library's requests to this origin."),
-                                     QStringLiteral("url"));
-    const QCommandLineOption clientId(QStringLiteral("client-id"), QStringLiteral("Client id."),
-                                      QStringLiteral("id"), QStringLiteral("demo-client"));
-    const QCommandLineOption clientSecret(QStringLiteral("client-secret"),
-                                          QStringLiteral("Client secret."),
-                                          QStringLiteral("secret"), QStringLiteral("demo-secret"));
-    const QCommandLineOption user(QStringLiteral("user"), QStringLiteral("The user to sign in."),
-                                  QStringLiteral("id"), QStringLiteral("demo-user"));
-    const QCommandLineOption offscreen(QStringLiteral("offscreen"),
-                                       QStringLiteral("Draw the window without showing it."));
-    const QCommandLineOption screenshots(
-            QStringLiteral("screenshots"),
-            QStringLiteral("Walk a first run by itself, save a picture of each step in this "
-                           "directory, and exit."),
-            QStringLiteral("dir"));
-    parser.addOptions({service, clientId, clientSecret, user, offscreen, screenshots});
-    parser.process(app);
-
-    std::unique_ptr<bvtsim::LoopbackRouter> router;
-    if (parser.isSet(service)) {
-        router = std::make_unique<bvtsim::LoopbackRouter>(QUrl(QStringLiteral(BREVANTI_ORIGIN)),
-                                                          QUrl(parser.value(service)));
-        bvt::setNetworkAccessManager(router.get());
-    }
+    const DemoOptions options = readDemoOptions(app, QStringLiteral("Brevanti demo host"));
     bvt::Screen::mainScreen().setPhoneSize(QSize(375, 667));
 
     bvt::Window window;
-    auto *home = new HomeViewController(parser.value(user));
+    auto *home = new HomeViewController(options.user);
     window.setRootViewController(new bvt::NavigationController(home));
     window.widget()->setWindowTitle(home->title());
 
@@ -92,12 +58,12 @@ int main(int argc, char **argv)
                                  });
                      });
 
-    BVT::initWithLaunchOptions({}, parser.value(clientId), parser.value(clientSecret));
+    BVT::initWithLaunchOptions({}, options.clientId, options.clientSecret);
     window.show();
 
     std::unique_ptr<Walkthrough> walkthrough;
-    if (parser.isSet(screenshots)) {
-        walkthrough = std::make_unique<Walkthrough>(&window, home, parser.value(screenshots));
+    if (!options.screenshots.isEmpty()) {
+        walkthrough = std::make_unique<Walkthrough>(&window, home, options.screenshots);
         QTimer::singleShot(0, walkthrough.get(), &Walkthrough::start);
     }
     const int status = app.exec();
