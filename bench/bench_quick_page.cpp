@@ -3,9 +3,8 @@
 // from making the page to its first frame with the rows, and the delegates the list view makes,
 // which must stay within what is visible plus its cache, on the first screen and after scrolling
 // from top to bottom.
-#include "client/origin.h"
-#include "loopbackrouter.h"
 #include "service.h"
+#include <Brevanti/ServiceRouter.h>
 
 #include <Brevanti/BVT.h>
 
@@ -91,7 +90,7 @@ int main(int argc, char **argv)
     const int rows = 2000;
     if (!service.listen() || !service.setCatalogue(largeDocument(100, rows / 100)))
         return fail("the local service did not start");
-    bvtsim::LoopbackRouter router(QUrl(bvt::serviceOrigin()), service.baseUrl());
+    bvt::ServiceRouter router(service.baseUrl());
     bvt::setNetworkAccessManager(&router);
     BVT::initWithLaunchOptions({}, QStringLiteral("bench"), QStringLiteral("bench"));
     if (!waitFor([] { return !BVT::currentDevice().isNull(); }))

@@ -11,9 +11,9 @@
 // error sent to a file, as scripts/bench does, so that a terminal's drawing is not in the figures.
 #include "client/httpclient.h"
 #include "client/origin.h"
-#include "loopbackrouter.h"
 #include "rawserver.h"
 #include "service.h"
+#include <Brevanti/ServiceRouter.h>
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTManager.h>
@@ -323,7 +323,7 @@ Comparison compare(const std::shared_ptr<BVTManager> &manager, QNetworkAccessMan
 // Sends total GETs keeping at most inFlight under way; returns the connections the service saw.
 int connectionsFor(ServiceThread &service, int total, int inFlight)
 {
-    bvtsim::LoopbackRouter network(QUrl(bvt::serviceOrigin()), service.baseUrl());
+    bvt::ServiceRouter network(service.baseUrl());
     bvt::setNetworkAccessManager(&network);
     auto manager = BVTManager::initWithLaunchOptions({}, clientId, clientSecret);
     const int before = service.connectionCount();
@@ -364,7 +364,7 @@ struct FirstRun
 FirstRun firstRun(ServiceThread &service)
 {
     QSettings().remove(QStringLiteral("com.brevanti.ios.BVTDeviceId"));
-    bvtsim::LoopbackRouter network(QUrl(bvt::serviceOrigin()), service.baseUrl());
+    bvt::ServiceRouter network(service.baseUrl());
     bvt::setNetworkAccessManager(&network);
     const int before = service.requestCount();
     QElapsedTimer timer;
@@ -389,7 +389,7 @@ FirstRun firstRun(ServiceThread &service)
 // Both sides reach the server through the same kind of router, so both pay for the routing.
 Comparison compareAgainst(const QUrl &server)
 {
-    bvtsim::LoopbackRouter network(QUrl(bvt::serviceOrigin()), server);
+    bvt::ServiceRouter network(server);
     bvt::setNetworkAccessManager(&network);
     const Comparison comparison =
             compare(BVTManager::initWithLaunchOptions({}, clientId, clientSecret), network);
@@ -444,7 +444,7 @@ int profile(const QString &side, int count, const QUrl &server)
         std::fprintf(stderr, "bench_requests: profile library|bare [COUNT]\n");
         return 2;
     }
-    bvtsim::LoopbackRouter network(QUrl(bvt::serviceOrigin()), server);
+    bvt::ServiceRouter network(server);
     bvt::setNetworkAccessManager(&network);
     const auto manager = BVTManager::initWithLaunchOptions({}, clientId, clientSecret);
     int failures = holdToken(manager) ? 0 : 1;

@@ -45,8 +45,7 @@ DemoOptions readDemoOptions(const QCoreApplication &app, const QString &descript
     DemoOptions options{parser.value(clientId), parser.value(clientSecret), parser.value(user),
                         parser.value(screenshots), nullptr};
     if (parser.isSet(service)) {
-        options.router = std::make_unique<bvtsim::LoopbackRouter>(
-                QUrl(QStringLiteral(BREVANTI_ORIGIN)), QUrl(parser.value(service)));
+        options.router = std::make_unique<bvt::ServiceRouter>(QUrl(parser.value(service)));
         bvt::setNetworkAccessManager(options.router.get());
     }
     return options;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "loopbackrouter.h"
+#include <Brevanti/ServiceRouter.h>
 
 #include <QString>
 
@@ -15,7 +15,7 @@ struct DemoOptions
     QString clientSecret;
     QString user;
     QString screenshots; // where a walked first run saves its pictures; empty: not walked
-    std::unique_ptr<bvtsim::LoopbackRouter> router; // the library routed to --service, if given
+    std::unique_ptr<bvt::ServiceRouter> router; // the library routed to --service, if given
 };
 
 // Before the application object is made: --offscreen picks the offscreen platform and, for Qt

@@ -3,7 +3,6 @@
 #include "outcomes.h"
 
 #include "client/httpclient.h"
-#include "client/origin.h"
 
 #include <Brevanti/BVT.h>
 
@@ -63,10 +62,10 @@ private:
 
     std::unique_ptr<LocalService> m_local;
     std::unique_ptr<LogCapture> m_log;
-    std::unique_ptr<bvtsim::LoopbackRouter> m_nowhere; // routes to a closed port
-    std::unique_ptr<bvtsim::Service> m_untrusted;      // HTTPS with a certificate nobody trusts
-    std::unique_ptr<bvtsim::Service> m_elsewhere;      // another origin, which must hear nothing
-    std::shared_ptr<BVTManager> m_store;               // reads and writes the identifiers
+    std::unique_ptr<bvt::ServiceRouter> m_nowhere; // routes to a closed port
+    std::unique_ptr<bvtsim::Service> m_untrusted;  // HTTPS with a certificate nobody trusts
+    std::unique_ptr<bvtsim::Service> m_elsewhere;  // another origin, which must hear nothing
+    std::shared_ptr<BVTManager> m_store;           // reads and writes the identifiers
 };
 
 void TestFaults::initTestCase()
@@ -226,14 +225,13 @@ void TestFaults::faultEndsInOneOutcome()
 // whose certificate no one trusts.
 QNetworkAccessManager *TestFaults::routeTo(const QByteArray &reach)
 {
-    const QUrl origin(bvt::serviceOrigin());
     if (reach == "refused") {
         QTcpServer probe;
         if (!probe.listen(QHostAddress::LocalHost))
             return nullptr;
         const QUrl closed(QStringLiteral("http://127.0.0.1:%1").arg(probe.serverPort()));
         probe.close();
-        m_nowhere = std::make_unique<bvtsim::LoopbackRouter>(origin, closed);
+        m_nowhere = std::make_unique<bvt::ServiceRouter>(closed);
     } else if (reach == "untrusted") {
         QFile pem(QStringLiteral(TEST_SOURCE_DIR "/untrusted.pem"));
         if (!pem.open(QIODevice::ReadOnly))
@@ -243,7 +241,7 @@ QNetworkAccessManager *TestFaults::routeTo(const QByteArray &reach)
         m_untrusted->addClient(LocalService::clientId, LocalService::clientSecret);
         if (!m_untrusted->listenTls(QSslCertificate(both), QSslKey(both, QSsl::Ec)))
             return nullptr;
-        m_nowhere = std::make_unique<bvtsim::LoopbackRouter>(origin, m_untrusted->baseUrl());
+        m_nowhere = std::make_unique<bvt::ServiceRouter>(m_untrusted->baseUrl());
     } else {
         return m_local->network();
     }
@@ -293,8 +291,7 @@ void TestFaults::deletedManagerStillEndsEveryCall()
     auto manager = newManager();
     if (!duringToken)
         QVERIFY(fetchToken(manager));
-    auto *hostManager =
-            new bvtsim::LoopbackRouter(QUrl(bvt::serviceOrigin()), m_local->service().baseUrl());
+    auto *hostManager = new bvt::ServiceRouter(m_local->service().baseUrl());
     bvt::setNetworkAccessManager(hostManager);
     m_local->service().setFault("*", path, {60000, 0, {}, {}});
     m_local->service().clearRequests();

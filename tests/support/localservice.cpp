@@ -14,8 +14,7 @@ LocalService::LocalService()
     m_service.addClient(clientId, clientSecret);
     if (!m_service.listen())
         qFatal("the local service cannot listen on loopback");
-    m_router = std::make_unique<bvtsim::LoopbackRouter>(QUrl(bvt::serviceOrigin()),
-                                                        m_service.baseUrl());
+    m_router = std::make_unique<bvt::ServiceRouter>(m_service.baseUrl());
     QObject::connect(m_router.get(), &QNetworkAccessManager::finished, [this] { ++m_finished; });
     routeLibraryHere();
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "loopbackrouter.h"
 #include "service.h"
+#include <Brevanti/ServiceRouter.h>
 
 #include <QString>
 
@@ -44,7 +44,7 @@ public:
 
 private:
     bvtsim::Service m_service;
-    std::unique_ptr<bvtsim::LoopbackRouter> m_router;
+    std::unique_ptr<bvt::ServiceRouter> m_router;
     int m_finished = 0;
 };
 

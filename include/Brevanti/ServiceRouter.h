@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QNetworkAccessManager>
+#include <QUrl>
+
+namespace bvt {
+
+// A network access manager that sends the library's requests for the service to another origin,
+// such as the local service during development:
+//     bvt::setNetworkAccessManager(new bvt::ServiceRouter(QUrl("http://127.0.0.1:8080"), &app));
+// Only the scheme, host and port change; the path and query go out as the library built them.
+// Requests for any other origin go out unchanged.
+class ServiceRouter : public QNetworkAccessManager
+{
+    Q_OBJECT
+public:
+    explicit ServiceRouter(const QUrl &destination, QObject *parent = nullptr);
+
+    QUrl destination() const;
+
+protected:
+    QNetworkReply *createRequest(Operation op, const QNetworkRequest &request,
+                                 QIODevice *outgoingData) override;
+
+private:
+    QUrl m_service;
+    QUrl m_destination;
+};
+
+} // namespace bvt
