@@ -1,6 +1,7 @@
 # Installs the build into a prefix of its own, then configures a host that asks for one component
 # at a time; a component whose targets name another's before those exist fails here. The host of
-# Core alone is built too, and must need neither Qt Gui nor Qt Widgets.
+# Core alone is built too, and must need neither Qt Gui nor Qt Widgets; so is the Qt Quick host,
+# which must need no Qt Widgets and walk a first run against the local service.
 file(REMOVE_RECURSE ${WORK_DIR}/prefix)
 execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${WORK_DIR}/prefix
     RESULT_VARIABLE failed OUTPUT_QUIET
@@ -33,3 +34,25 @@ if(needed MATCHES "libQt6(Gui|Widgets|Quick)")
     message(FATAL_ERROR "a host of Brevanti::Core alone needs ${CMAKE_MATCH_0}:\n${needed}")
 endif()
 message(STATUS "a host of Brevanti::Core alone needs no Qt Gui, Widgets or Quick")
+
+execute_process(COMMAND ${CMAKE_COMMAND} --build ${WORK_DIR}/host-Quick
+    RESULT_VARIABLE failed OUTPUT_VARIABLE output ERROR_VARIABLE output
+)
+if(failed)
+    message(FATAL_ERROR "a Qt Quick host of Brevanti::Quick does not build:\n${output}")
+endif()
+execute_process(COMMAND readelf -d ${WORK_DIR}/host-Quick/quick-host OUTPUT_VARIABLE needed)
+if(needed MATCHES "libQt6Widgets")
+    message(FATAL_ERROR "the Qt Quick host needs ${CMAKE_MATCH_0}:\n${needed}")
+endif()
+execute_process(
+    COMMAND bash ${CMAKE_CURRENT_LIST_DIR}/walk-quick-host.sh ${SIM}
+            ${WORK_DIR}/host-Quick/quick-host ${WORK_DIR}/walk
+    RESULT_VARIABLE failed OUTPUT_VARIABLE output ERROR_VARIABLE output
+)
+if(failed)
+    message(FATAL_ERROR "the Qt Quick host did not walk its first run:\n${output}")
+endif()
+string(REGEX MATCHALL "quick-host: [^\n]*" steps "${output}")
+list(JOIN steps "\n" steps)
+message(STATUS "the Qt Quick host needs no Qt Widgets, and walked its first run:\n${steps}")
