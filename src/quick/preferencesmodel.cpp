@@ -2,11 +2,10 @@
 
 #include "core/log.h"
 #include "core/logging.h"
+#include "notify/preferenceswitch.h"
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
-
-#include <stdexcept>
 
 namespace bvt::quick {
 
@@ -95,19 +94,7 @@ void PreferencesModel::setEnabled(int row, bool on)
     if (row < 0 || row >= m_rows.size() || m_rows.at(row).preference.enabled == on)
         return;
     m_rows[row].preference.enabled = on;
-    const QString category = m_rows.at(row).categoryKey;
-    const QString preference = m_rows.at(row).preference.key;
-    log("The switch is %@", on ? "ON" : "OFF");
-    log("The switch is for %@:%@", category, preference);
-    try {
-        if (on)
-            BVTNotify::enablePreferenceWithCategory(category, preference);
-        else
-            BVTNotify::disablePreferenceWithCategory(category, preference);
-    } catch (const std::invalid_argument &error) {
-        // A row whose document lacked a key: nothing can be sent for it.
-        qCWarning(lcQuick) << "switch not sent:" << error.what();
-    }
+    sendPreferenceSwitch(m_rows.at(row).categoryKey, m_rows.at(row).preference.key, on, lcQuick());
     Q_EMIT dataChanged(index(row), index(row), {EnabledRole});
 }
 

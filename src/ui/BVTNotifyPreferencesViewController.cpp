@@ -11,6 +11,7 @@
 #include "core/log.h"
 #include "core/logging.h"
 #include "notify/preferencedocument.h"
+#include "notify/preferenceswitch.h"
 #include "popupcard.h"
 #include "preferencesstyle.h"
 
@@ -20,8 +21,6 @@
 #include <QPainter>
 #include <QPointer>
 #include <QtMath>
-
-#include <stdexcept>
 
 namespace {
 
@@ -293,16 +292,6 @@ void BVTNotifyPreferencesViewController::didSelectRowAtIndexPath(bvt::TableView 
 
 void BVTNotifyPreferencesViewController::switchChanged(BVTNotifySwitch *sender)
 {
-    bvt::log("The switch is %@", sender->isOn() ? "ON" : "OFF");
-    bvt::log("The switch is for %@:%@", sender->category(), sender->preference());
-    try {
-        if (sender->isOn())
-            BVTNotify::enablePreferenceWithCategory(sender->category(), sender->preference());
-        else
-            BVTNotify::disablePreferenceWithCategory(sender->category(), sender->preference());
-    } catch (const std::invalid_argument &error) {
-        // A row whose document lacked a key: nothing can be sent for it, and an exception must
-        // not cross Qt's event loop.
-        qCWarning(bvt::lcUi) << "switch not sent:" << error.what();
-    }
+    bvt::sendPreferenceSwitch(sender->category(), sender->preference(), sender->isOn(),
+                              bvt::lcUi());
 }
