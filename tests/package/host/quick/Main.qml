@@ -2,10 +2,10 @@ import QtQuick
 import QtQuick.Controls
 import Brevanti
 
-// A first run, walked by itself, one step at a time: once the device is registered the permission
+// A first run, walked by itself one step at a time: once the device is registered the permission
 // card opens; Customize Notifications shows the preferences; the first switch is flipped and the
-// service is asked until it reads the flip; Done closes the card; the user signs in. Exits 0 when
-// every step happened, 1 with the step's name when one did not within ten seconds.
+// service asked until it reads the flip; Done closes the card; the user signs in. Exits 0 when
+// every step happened, 1 naming the step that did not within ten seconds.
 Window {
     id: window
     width: 375
@@ -13,21 +13,10 @@ Window {
     visible: true
 
     property int step: 0
-    property var stepStarted: Date.now()
-    property string flippedName
-    property bool flippedTo
-    property bool asking: false // a preference fetch under way
+    property real stepStarted: Date.now()
+    property var flipped // the switch's name and new position
+    property bool asking: false
 
-    function fail(why) {
-        console.error("quick-host:", why)
-        Qt.exit(1)
-    }
-    function next() {
-        console.info("quick-host: done waiting for", steps[step][0])
-        step += 1
-        stepStarted = Date.now()
-    }
-    // The first shown item, depth first, that passes the test.
     function find(item, test) {
         if (!item.visible)
             return null
@@ -40,66 +29,45 @@ Window {
         }
         return null
     }
-    function button(text) {
-        return find(window.contentItem, item => item instanceof Button && item.text === text)
+    function tap(text) {
+        const button = find(contentItem, item => item instanceof Button && item.text === text)
+        if (button)
+            button.clicked()
+        return button !== null
     }
-    function firstSwitch() {
-        return find(window.contentItem, item => item instanceof Switch)
-    }
+    function firstSwitch() { return find(contentItem, item => item instanceof Switch) }
     function readsFlip(document) {
-        for (const category of document)
-            for (const preference of category.preferences)
-                if (preference.name === flippedName)
-                    return preference.enabled === flippedTo
-        return false
+        return document.some(category => category.preferences.some(
+                preference => preference.name === flipped.name && preference.enabled === flipped.on))
     }
 
     readonly property var steps: [
-        ["the device to be registered", () => {
-            if (Brevanti.currentDevice === "")
-                return false
+        ["the device to be registered", () => Brevanti.currentDevice !== ""],
+        ["the permission card", () => {
             Brevanti.requestCustomPreferences()
             return true
         }],
-        ["the permission card", () => {
-            const customize = button("Customize Notifications")
-            if (!customize || !button("No Thanks"))
-                return false
-            customize.clicked()
-            return true
-        }],
-        ["the preferences in the card", () => {
+        ["the Customize Notifications button", () => tap("Customize Notifications")],
+        ["a switch", () => {
             const toggle = firstSwitch()
-            if (!toggle)
-                return false
-            flippedName = toggle.Accessible.name
-            toggle.toggle()
-            flippedTo = toggle.checked
-            toggle.toggled()
-            return true
+            if (toggle) {
+                toggle.toggle()
+                flipped = {name: toggle.Accessible.name, on: toggle.checked}
+                toggle.toggled()
+            }
+            return toggle !== null
         }],
         ["the service to read the flip", () => {
             if (!asking) {
                 asking = true
-                Brevanti.getPreferences(document => {
-                    asking = false
-                    if (step === 3 && readsFlip(document))
-                        next()
-                }, text => fail("the preferences could not be read: " + text))
+                Brevanti.getPreferences(document => { asking = false; flipped.seen = readsFlip(document) })
             }
-            return false
+            return flipped.seen === true
         }],
-        ["Done to close the card", () => {
-            const done = button("Done")
-            if (!done)
-                return false
-            done.clicked()
-            return true
-        }],
-        ["the card to close", () => {
-            if (button("No Thanks") || firstSwitch())
-                return false
-            Brevanti.assignDeviceToUser("user-42", null, text => fail("sign-in failed: " + text))
+        ["the Done button", () => tap("Done")],
+        ["the card to close", () => firstSwitch() === null],
+        ["the sign-in", () => {
+            Brevanti.assignDeviceToUser("user-42")
             return true
         }],
         ["the user to be signed in", () => Brevanti.currentUser === "user-42"],
@@ -113,11 +81,24 @@ Window {
             if (window.step === window.steps.length) {
                 stop()
                 Qt.exit(0)
-            } else if (window.steps[window.step][1]()) {
-                window.next()
-            } else if (Date.now() - window.stepStarted > 10000) {
+                return
+            }
+            const [name, done] = window.steps[window.step]
+            let problem = Date.now() - window.stepStarted > 10000 ? "waited in vain" : ""
+            try {
+                if (done()) {
+                    console.info("quick-host:", name + ": done")
+                    window.step += 1
+                    window.stepStarted = Date.now()
+                    return
+                }
+            } catch (error) {
+                problem = String(error)
+            }
+            if (problem !== "") {
                 stop()
-                window.fail("waited in vain for " + window.steps[window.step][0])
+                console.error("quick-host:", name + ":", problem)
+                Qt.exit(1)
             }
         }
     }
