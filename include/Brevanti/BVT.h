@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_core_export.h>
+
 #include <Brevanti/BVTManager.h>
 #include <Brevanti/BVTTypes.h>
 
@@ -11,7 +13,7 @@ class QNetworkAccessManager;
 // The host application's way into the library. Initialise it once at launch; every other call
 // goes to the one shared manager. Before the first initialisation every call is dropped (its
 // callbacks are never called) and every query answers a null QString.
-class BVT
+class BREVANTI_CORE_EXPORT BVT
 {
 public:
     BVT() = delete;
@@ -47,7 +49,7 @@ namespace bvt {
 // Hands the library a network access manager of the host's own (a proxy, TLS settings, or the
 // service's origin routed elsewhere). The library does not take ownership; nullptr goes back to
 // the library's built-in manager. Call it on the main thread.
-void setNetworkAccessManager(QNetworkAccessManager *manager);
+BREVANTI_CORE_EXPORT void setNetworkAccessManager(QNetworkAccessManager *manager);
 
 } // namespace bvt
 
@@ -60,10 +62,10 @@ void setNetworkAccessManager(QNetworkAccessManager *manager);
 extern "C" {
 // The machine field of the kernel's system identification (uname), decoded as UTF-8; a null
 // QString when it is not valid UTF-8.
-QString deviceName();
+BREVANTI_CORE_EXPORT QString deviceName();
 
-extern const double BrevantiVersionNumber;
-extern const unsigned char BrevantiVersionString[];
+BREVANTI_CORE_EXPORT extern const double BrevantiVersionNumber;
+BREVANTI_CORE_EXPORT extern const unsigned char BrevantiVersionString[];
 }
 #if defined(__clang__)
 #pragma clang diagnostic pop

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_core_export.h>
+
 #include <Brevanti/BVTTypes.h>
 
 #include <QDateTime>
@@ -16,7 +18,7 @@ struct Verb;
 // token, the stored device and user identifiers, and the device's registration with the service.
 // Use it through the facade BVT; it is created with the static factory initWithLaunchOptions and
 // shared, each request keeping it alive until its callbacks have run.
-class BVTManager : public std::enable_shared_from_this<BVTManager>
+class BREVANTI_CORE_EXPORT BVTManager : public std::enable_shared_from_this<BVTManager>
 {
 public:
     // The factory, with the device's registration (device/registration.cpp).

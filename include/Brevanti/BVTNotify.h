@@ -1,12 +1,14 @@
 #pragma once
 
 #include <Brevanti/BVTTypes.h>
+#include <Brevanti/brevanti_core_export.h>
+#include <Brevanti/brevanti_widgets_export.h>
 
 #include <QString>
 #include <QVariant>
 
-// Named only by the screens' functions, which the Widgets component defines; a host of the
-// service alone needs no Qt Gui.
+// Named only by the screens' functions, which the Widgets component defines (the members marked
+// BREVANTI_WIDGETS_EXPORT); a host of the service alone needs no Qt Gui.
 class QColor;
 class QPixmap;
 
@@ -26,73 +28,89 @@ public:
     // The token as the service receives it: a QString comes back unchanged; anything else (the
     // QByteArray the operating system delivers, usually) is read as bytes and written as
     // upper-case hexadecimal, two digits a byte. An invalid QVariant gives "".
-    static QString stringWithDeviceToken(const QVariant &deviceToken);
+    BREVANTI_CORE_EXPORT static QString stringWithDeviceToken(const QVariant &deviceToken);
 
     // Registers the token with the service for this device; once the service accepts it, it is
     // stored (BVT::currentDeviceToken) and then success is called.
-    static void enableDevice(const QVariant &deviceToken);
-    static void enableDevice(const QVariant &deviceToken, const BVTSuccessBlock &success);
-    static void enableDevice(const QVariant &deviceToken, const BVTSuccessBlock &success,
-                             const BVTFailureBlock &failure);
+    BREVANTI_CORE_EXPORT static void enableDevice(const QVariant &deviceToken);
+    BREVANTI_CORE_EXPORT static void enableDevice(const QVariant &deviceToken,
+                                                  const BVTSuccessBlock &success);
+    BREVANTI_CORE_EXPORT static void enableDevice(const QVariant &deviceToken,
+                                                  const BVTSuccessBlock &success,
+                                                  const BVTFailureBlock &failure);
 
     // With a stored token only logs it; without one asks for push permission. Sends nothing, and
     // the callbacks are never called.
-    static void verifyPushEnabled();
-    static void verifyPushEnabled(const BVTSuccessBlock &success);
-    static void verifyPushEnabled(const BVTSuccessBlock &success, const BVTFailureBlock &failure);
+    BREVANTI_CORE_EXPORT static void verifyPushEnabled();
+    BREVANTI_CORE_EXPORT static void verifyPushEnabled(const BVTSuccessBlock &success);
+    BREVANTI_CORE_EXPORT static void verifyPushEnabled(const BVTSuccessBlock &success,
+                                                       const BVTFailureBlock &failure);
 
     // Asks the operating system (through bvt::Application) for badge, sound and alert permission
     // and for a device token.
-    static void requestPushPermissions();
+    BREVANTI_CORE_EXPORT static void requestPushPermissions();
 
     // The preference document: an array of categories {"name", "key", "preferences": [{"name",
     // "key", "enabled"}]}, handed to success as decoded.
-    static void getPreferences(const BVTSuccessBlock &success);
-    static void getPreferences(const BVTSuccessBlock &success, const BVTFailureBlock &failure);
+    BREVANTI_CORE_EXPORT static void getPreferences(const BVTSuccessBlock &success);
+    BREVANTI_CORE_EXPORT static void getPreferences(const BVTSuccessBlock &success,
+                                                    const BVTFailureBlock &failure);
 
     // Switch one preference for the user when one is assigned, else for the device; each is
     // followed at once by verifyPushEnabled. A null key throws std::invalid_argument before
     // anything is sent.
-    static void enablePreferenceWithCategory(const QString &category, const QString &preference);
-    static void enablePreferenceWithCategory(const QString &category, const QString &preference,
-                                             const BVTSuccessBlock &success);
-    static void enablePreferenceWithCategory(const QString &category, const QString &preference,
-                                             const BVTSuccessBlock &success,
-                                             const BVTFailureBlock &failure);
-    static void disablePreferenceWithCategory(const QString &category, const QString &preference);
-    static void disablePreferenceWithCategory(const QString &category, const QString &preference,
-                                              const BVTSuccessBlock &success);
-    static void disablePreferenceWithCategory(const QString &category, const QString &preference,
-                                              const BVTSuccessBlock &success,
-                                              const BVTFailureBlock &failure);
+    BREVANTI_CORE_EXPORT static void enablePreferenceWithCategory(const QString &category,
+                                                                  const QString &preference);
+    BREVANTI_CORE_EXPORT static void enablePreferenceWithCategory(const QString &category,
+                                                                  const QString &preference,
+                                                                  const BVTSuccessBlock &success);
+    BREVANTI_CORE_EXPORT static void enablePreferenceWithCategory(const QString &category,
+                                                                  const QString &preference,
+                                                                  const BVTSuccessBlock &success,
+                                                                  const BVTFailureBlock &failure);
+    BREVANTI_CORE_EXPORT static void disablePreferenceWithCategory(const QString &category,
+                                                                   const QString &preference);
+    BREVANTI_CORE_EXPORT static void disablePreferenceWithCategory(const QString &category,
+                                                                   const QString &preference,
+                                                                   const BVTSuccessBlock &success);
+    BREVANTI_CORE_EXPORT static void disablePreferenceWithCategory(const QString &category,
+                                                                   const QString &preference,
+                                                                   const BVTSuccessBlock &success,
+                                                                   const BVTFailureBlock &failure);
 
     // Shows the permission popup in the top controller, unless a device token is stored already
     // ("You have already accepted push notifications!"). The shorter forms take the defaults for
     // what they lack; a value given explicitly is used as it is, also when it is nil (an invalid
     // QColor, a null QPixmap or a null QString), which shows as empty.
-    static void requestCustomPreferences();
-    static void requestCustomPreferencesWithColor(const QColor &color);
-    static void requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon);
-    static void requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon,
-                                                  const QString &header);
-    static void requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon,
-                                                  const QString &header, const QString &subHeader);
+    BREVANTI_WIDGETS_EXPORT static void requestCustomPreferences();
+    BREVANTI_WIDGETS_EXPORT static void requestCustomPreferencesWithColor(const QColor &color);
+    BREVANTI_WIDGETS_EXPORT static void requestCustomPreferencesWithColor(const QColor &color,
+                                                                          const QPixmap &icon);
+    BREVANTI_WIDGETS_EXPORT static void requestCustomPreferencesWithColor(const QColor &color,
+                                                                          const QPixmap &icon,
+                                                                          const QString &header);
+    BREVANTI_WIDGETS_EXPORT static void requestCustomPreferencesWithColor(const QColor &color,
+                                                                          const QPixmap &icon,
+                                                                          const QString &header,
+                                                                          const QString &subHeader);
 
-    static QColor defaultNotificationColor(); // (0.23, 0.36, 0.59, 1.0)
+    BREVANTI_WIDGETS_EXPORT static QColor defaultNotificationColor(); // (0.23, 0.36, 0.59, 1.0)
     // "bvt-alert-icon-default.png" from the host's resources (":/"), else beside the executable;
     // a null pixmap when the host carries none.
-    static QPixmap defaultNotificationIcon();
-    static QString defaultNotificationHeader();
-    static QString defaultNotificationSubHeader();
+    BREVANTI_WIDGETS_EXPORT static QPixmap defaultNotificationIcon();
+    BREVANTI_WIDGETS_EXPORT static QString defaultNotificationHeader();
+    BREVANTI_WIDGETS_EXPORT static QString defaultNotificationSubHeader();
 
     // Pushes a full-screen preferences screen onto the host's navigation stack, animated.
-    static void openPreferencesWithNavigationController(bvt::NavigationController *navigation);
+    BREVANTI_WIDGETS_EXPORT static void
+    openPreferencesWithNavigationController(bvt::NavigationController *navigation);
 
     // The controller on top of the key window's hierarchy (or of the given controller's): down
     // navigation stacks and selected tabs. Beware: a plain controller that presents another one
     // makes the walk recurse without end, as it always has.
-    static bvt::ViewController *topViewController();
-    static bvt::ViewController *topViewController(bvt::ViewController *controller);
+    BREVANTI_WIDGETS_EXPORT static bvt::ViewController *topViewController();
+    BREVANTI_WIDGETS_EXPORT static bvt::ViewController *
+    topViewController(bvt::ViewController *controller);
 
 private:
     static void switchPreference(const QString &path, const QString &category,

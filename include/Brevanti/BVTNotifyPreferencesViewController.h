@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <Brevanti/BVTNotifySwitch.h>
 #include <Brevanti/platform/TableView.h>
 #include <Brevanti/platform/ViewController.h>
@@ -19,9 +21,9 @@ class PreferenceDocument;
 // section, every preference as a row with an on/off switch that sends its change to the service at
 // once. It fetches the document each time it comes on screen and shows a spinner until a non-empty
 // document arrives. Each fetch appends its categories to those already shown.
-class BVTNotifyPreferencesViewController : public bvt::ViewController,
-                                           public bvt::TableViewDataSource,
-                                           public bvt::TableViewDelegate
+class BREVANTI_WIDGETS_EXPORT BVTNotifyPreferencesViewController : public bvt::ViewController,
+                                                                   public bvt::TableViewDataSource,
+                                                                   public bvt::TableViewDelegate
 {
     Q_OBJECT
 public:

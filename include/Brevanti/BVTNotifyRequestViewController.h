@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <Brevanti/platform/ViewController.h>
 
 #include <QColor>
@@ -14,7 +16,7 @@ class QPushButton;
 // screen in the same card, "No Thanks" closes it. Its controls come from the interface file
 // "BVTNotifyRequestViewController" (resources/); the code gives them colours and texts each time
 // the card is about to appear. Shown by BVTNotify::requestCustomPreferences.
-class BVTNotifyRequestViewController : public bvt::ViewController
+class BREVANTI_WIDGETS_EXPORT BVTNotifyRequestViewController : public bvt::ViewController
 {
     Q_OBJECT
 public:

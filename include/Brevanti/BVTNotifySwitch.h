@@ -1,11 +1,13 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <Brevanti/platform/Switch.h>
 
 #include <QString>
 
 // The switch of one preference row: it remembers which preference it stands for.
-class BVTNotifySwitch : public bvt::Switch
+class BREVANTI_WIDGETS_EXPORT BVTNotifySwitch : public bvt::Switch
 {
     Q_OBJECT
 public:

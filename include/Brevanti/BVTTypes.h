@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_core_export.h>
+
 #include <QPointer>
 #include <QString>
 #include <QVariant>
@@ -19,7 +21,7 @@ using BVTFailureBlock = std::function<void(const QString &responseText)>;
 
 // Why a request failed: the HTTP status when an answer arrived, otherwise the network error
 // (a QNetworkReply::NetworkError value), and a sentence saying what went wrong.
-struct BVTError
+struct BREVANTI_CORE_EXPORT BVTError
 {
     int code = 0;
     QString message;

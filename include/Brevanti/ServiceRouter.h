@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_core_export.h>
+
 #include <QNetworkAccessManager>
 #include <QUrl>
 
@@ -10,7 +12,7 @@ namespace bvt {
 //     bvt::setNetworkAccessManager(new bvt::ServiceRouter(QUrl("http://127.0.0.1:8080"), &app));
 // Only the scheme, host and port change; the path and query go out as the library built them.
 // Requests for any other origin go out unchanged.
-class ServiceRouter : public QNetworkAccessManager
+class BREVANTI_CORE_EXPORT ServiceRouter : public QNetworkAccessManager
 {
     Q_OBJECT
 public:

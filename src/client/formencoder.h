@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/internalexport.h"
+
 #include <QByteArray>
 #include <QVariant>
 #include <QVariantMap>
@@ -14,7 +16,7 @@ namespace bvt {
 //   (letters, digits, "-", ".", "_", "~") and "?" and "/"; the brackets that the nesting adds are
 //   written as they are, brackets inside a key's own text are escaped;
 // - a null value writes the key alone; numbers are written in decimal.
-class FormEncoder
+class BREVANTI_CORE_INTERNAL_EXPORT FormEncoder
 {
 public:
     static QByteArray encode(const QVariantMap &parameters);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/internalexport.h"
+
 #include "jsonresponse.h"
 
 #include <QByteArray>
@@ -16,7 +18,7 @@ namespace bvt {
 // One HTTP exchange with the service. Every request carries its own headers, so nothing carries
 // over from one to the next; all of them share one network access manager, so connections and TLS
 // sessions are reused.
-struct HttpRequest
+struct BREVANTI_CORE_INTERNAL_EXPORT HttpRequest
 {
     QByteArray method; // "GET", "POST" or "PATCH"
     QUrl url;
@@ -25,9 +27,9 @@ struct HttpRequest
 };
 
 // The error of an access token that holds a character a header cannot carry.
-BVTError unsendableTokenError();
+BREVANTI_CORE_INTERNAL_EXPORT BVTError unsendableTokenError();
 
-class HttpClient
+class BREVANTI_CORE_INTERNAL_EXPORT HttpClient
 {
 public:
     using Completion = std::function<void(const JsonResponse &response)>;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/internalexport.h"
+
 #include <Brevanti/BVTTypes.h>
 
 #include <QByteArray>
@@ -11,7 +13,7 @@ namespace bvt {
 // An answer of the service as the library judges it: accepted only with a 2xx status, a JSON
 // content type (application/json, text/json or text/javascript) and a body that parses as a JSON
 // object or array. Otherwise it failed, and text holds the body (null when no answer arrived).
-struct JsonResponse
+struct BREVANTI_CORE_INTERNAL_EXPORT JsonResponse
 {
     bool accepted = false;
     QVariant object; // the decoded object or array when accepted

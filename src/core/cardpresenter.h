@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_core_export.h>
+
 #include <QObject>
 #include <QString>
 #include <QVariant>
@@ -22,8 +24,8 @@ struct CardRequest
 using CardPresenter = std::function<void(const CardRequest &)>;
 
 // The presenter runs only while its owner lives; the last one installed wins.
-void installCardPresenter(QObject *owner, CardPresenter presenter);
+BREVANTI_CORE_EXPORT void installCardPresenter(QObject *owner, CardPresenter presenter);
 // Shows the card through the installed presenter; false when there is none.
-bool presentCard(const CardRequest &request);
+BREVANTI_CORE_EXPORT bool presentCard(const CardRequest &request);
 
 } // namespace bvt

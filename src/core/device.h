@@ -1,12 +1,14 @@
 #pragma once
 
+#include "core/internalexport.h"
+
 #include <QString>
 
 namespace bvt {
 
 // What the library knows of the device it runs on. The values come from QSysInfo; a host (or a
 // test) may set its own, such as the phone's marketing model name.
-class Device
+class BREVANTI_CORE_INTERNAL_EXPORT Device
 {
 public:
     static Device &currentDevice();

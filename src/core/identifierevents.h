@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_core_export.h>
+
 #include <QObject>
 
 namespace bvt {
@@ -7,7 +9,7 @@ namespace bvt {
 // Tells the front ends that a stored identifier may read differently now: the store wrote or
 // removed it, or the facade took a new manager (before its first one it reads nothing). The value
 // is not passed along: listeners read it again, as every read goes to storage afresh.
-class IdentifierEvents : public QObject
+class BREVANTI_CORE_EXPORT IdentifierEvents : public QObject
 {
     Q_OBJECT
 public:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_core_export.h>
+
 #include <Brevanti/BVTTypes.h>
 
 #include <QDateTime>
@@ -12,20 +14,20 @@ namespace bvt {
 // The text that stands for a value in a log line: strings as they are, numbers in decimal, nil as
 // "(null)", maps and lists as compact JSON, dates as "yyyy-MM-dd HH:mm:ss +0000" in UTC, errors as
 // their message.
-QString describe(const QVariant &value);
-QString describe(const QString &value);
-QString describe(const QDateTime &value);
-QString describe(const BVTError &error);
+BREVANTI_CORE_EXPORT QString describe(const QVariant &value);
+BREVANTI_CORE_EXPORT QString describe(const QString &value);
+BREVANTI_CORE_EXPORT QString describe(const QDateTime &value);
+BREVANTI_CORE_EXPORT QString describe(const BVTError &error);
 inline QString describe(const char *value)
 {
     return value ? QString::fromUtf8(value) : describe(QVariant());
 }
 
 // Fills each "%@" of format, in order, with the next argument's description.
-QString formatLine(const char *format, const QStringList &arguments);
+BREVANTI_CORE_EXPORT QString formatLine(const char *format, const QStringList &arguments);
 
 // Writes one line to the system log (Qt's default category, info level, nothing added).
-void writeLine(const QString &line);
+BREVANTI_CORE_EXPORT void writeLine(const QString &line);
 
 template<typename... Args>
 void log(const char *format, const Args &...args)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/internalexport.h"
+
 #include <QHash>
 #include <QString>
 #include <QVariant>
@@ -9,7 +11,7 @@ namespace bvt {
 // The application's own persistent key-value store, over QSettings (on a phone, Qt keeps these in
 // the platform's user defaults). Every read goes to storage afresh, so a value that another
 // process wrote is seen at once, and a value reads back the same in every process.
-class UserDefaults
+class BREVANTI_CORE_INTERNAL_EXPORT UserDefaults
 {
 public:
     static UserDefaults &standardUserDefaults();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_core_export.h>
+
 #include <QList>
 #include <QString>
 #include <QVariantList>
@@ -26,7 +28,7 @@ struct PreferenceCategory
 // with its preferences, every load appended behind the earlier ones. Nothing is checked or
 // skipped: each element of a document is a category and each element of a category's
 // "preferences" list a preference, whatever its type; what cannot be read stays null or off.
-class PreferenceDocument
+class BREVANTI_CORE_EXPORT PreferenceDocument
 {
 public:
     // Appends the categories of a decoded document.

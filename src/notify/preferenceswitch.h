@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_core_export.h>
+
 #include <QLoggingCategory>
 #include <QString>
 
@@ -9,7 +11,7 @@ namespace bvt {
 // new position and its keys, and sends the position to the service. A row whose document lacked a
 // key cannot be sent; that is a warning in the screen's category, since an exception must not
 // cross Qt's event loop.
-void sendPreferenceSwitch(const QString &category, const QString &preference, bool on,
-                          const QLoggingCategory &screen);
+BREVANTI_CORE_EXPORT void sendPreferenceSwitch(const QString &category, const QString &preference,
+                                               bool on, const QLoggingCategory &screen);
 
 } // namespace bvt

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <QWidget>
 
 namespace bvt {
 
 // A spinning activity indicator, grey.
-class ActivityIndicatorView : public QWidget
+class BREVANTI_WIDGETS_EXPORT ActivityIndicatorView : public QWidget
 {
     Q_OBJECT
 public:

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <Brevanti/brevanti_core_export.h>
+
 #include <Brevanti/platform/PushRegistrationHandler.h>
 
 namespace bvt {
 
 // The running application as the library sees it.
-class Application
+class BREVANTI_CORE_EXPORT Application
 {
 public:
     static Application &sharedApplication();

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 namespace bvt {
 
 // A row's place in a table: its section and its row within the section.
-struct IndexPath
+struct BREVANTI_WIDGETS_EXPORT IndexPath
 {
     int section = 0;
     int row = 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <Brevanti/platform/NavigationItem.h>
 
 #include <QColor>
@@ -12,7 +14,7 @@ class QToolButton;
 namespace bvt {
 
 // A bar with a centred title and a right-hand button, for navigation controllers and popup cards.
-class NavigationBar : public QWidget
+class BREVANTI_WIDGETS_EXPORT NavigationBar : public QWidget
 {
     Q_OBJECT
 public:

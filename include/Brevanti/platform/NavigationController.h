@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <Brevanti/platform/NavigationBar.h>
 #include <Brevanti/platform/ViewController.h>
 
@@ -14,7 +16,7 @@ namespace bvt {
 class ControllerStack;
 
 // A stack of controllers under a navigation bar; the top one's view fills the rest.
-class NavigationController : public ViewController
+class BREVANTI_WIDGETS_EXPORT NavigationController : public ViewController
 {
     Q_OBJECT
 public:

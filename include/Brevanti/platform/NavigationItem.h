@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <QAction>
 #include <QPointer>
 #include <QString>
@@ -8,7 +10,7 @@ namespace bvt {
 
 // What a navigation bar shows for a controller: its title and an optional right-hand button (a
 // QAction: its text is the button's title, triggered its tap).
-class NavigationItem
+class BREVANTI_WIDGETS_EXPORT NavigationItem
 {
 public:
     QString title;

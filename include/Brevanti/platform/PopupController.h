@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <Brevanti/platform/PopupNavigationBar.h>
 #include <Brevanti/platform/ViewController.h>
 
@@ -17,7 +19,7 @@ class ControllerStack;
 // navigation bar and stack of controllers. The card is sized by the top controller's
 // contentSizeInPopup (portrait) or landscapeContentSizeInPopup (landscape main screen), plus the
 // bar when it is shown.
-class PopupController : public QObject
+class BREVANTI_WIDGETS_EXPORT PopupController : public QObject
 {
     Q_OBJECT
 public:

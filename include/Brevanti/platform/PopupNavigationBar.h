@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <Brevanti/platform/NavigationBar.h>
 
 #include <QColor>
@@ -9,7 +11,7 @@ namespace bvt {
 
 // The navigation bar of a popup card. Its look is process-wide: set appearance() once, before
 // presenting; every card presented afterwards uses it.
-class PopupNavigationBar : public NavigationBar
+class BREVANTI_WIDGETS_EXPORT PopupNavigationBar : public NavigationBar
 {
     Q_OBJECT
 public:

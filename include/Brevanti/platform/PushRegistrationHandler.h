@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_core_export.h>
+
 #include <Brevanti/platform/UserNotificationSettings.h>
 
 namespace bvt {
@@ -7,7 +9,7 @@ namespace bvt {
 // Receives the library's push-registration requests. On a phone it is the host's bridge to the
 // operating system, which answers later by giving the host a device token; the host passes it to
 // BVTNotify::enableDevice.
-class PushRegistrationHandler
+class BREVANTI_CORE_EXPORT PushRegistrationHandler
 {
 public:
     virtual ~PushRegistrationHandler() = default;

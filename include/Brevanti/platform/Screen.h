@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <QObject>
 #include <QRect>
 #include <QSize>
@@ -10,7 +12,7 @@ enum class InterfaceOrientation { Portrait, Landscape };
 
 // The phone's screen. On a phone its bounds are the primary screen's; on a desktop, in the demo and
 // in tests a phone size is set (375 x 667 in portrait; swapping width and height turns it).
-class Screen : public QObject
+class BREVANTI_WIDGETS_EXPORT Screen : public QObject
 {
     Q_OBJECT
 public:

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <QAbstractButton>
 #include <QColor>
 
 namespace bvt {
 
 // A painted on/off control. valueChanged is emitted only when the user flips it, never for setOn.
-class Switch : public QAbstractButton
+class BREVANTI_WIDGETS_EXPORT Switch : public QAbstractButton
 {
     Q_OBJECT
 public:

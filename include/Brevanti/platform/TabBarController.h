@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <Brevanti/platform/ViewController.h>
 
 #include <QList>
@@ -10,7 +12,7 @@ class QTabBar;
 namespace bvt {
 
 // Controllers side by side, one shown at a time, chosen with a tab bar at the bottom.
-class TabBarController : public ViewController
+class BREVANTI_WIDGETS_EXPORT TabBarController : public ViewController
 {
     Q_OBJECT
 public:

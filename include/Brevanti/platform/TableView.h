@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <Brevanti/platform/IndexPath.h>
 #include <Brevanti/platform/TableViewCell.h>
 #include <Brevanti/platform/TableViewDataSource.h>
@@ -18,7 +20,7 @@ namespace bvt {
 // A vertically scrolling list of sections, each a header, rows and a footer, laid out from the
 // delegate's heights. Only the rows in view have cell widgets, plus a small pool of cells kept for
 // reuse; headers are asked for whenever they come into view.
-class TableView : public QAbstractScrollArea
+class BREVANTI_WIDGETS_EXPORT TableView : public QAbstractScrollArea
 {
     Q_OBJECT
 public:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <QMargins>
 #include <QString>
 #include <QWidget>
@@ -8,7 +10,7 @@ namespace bvt {
 
 // One row's widget. Cells are reused: a cell scrolled out of sight goes back to the table's pool
 // and dequeueReusableCellWithIdentifier hands it out again exactly as it is.
-class TableViewCell : public QWidget
+class BREVANTI_WIDGETS_EXPORT TableViewCell : public QWidget
 {
     Q_OBJECT
 public:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <Brevanti/platform/IndexPath.h>
 
 namespace bvt {
@@ -8,7 +10,7 @@ class TableView;
 class TableViewCell;
 
 // What a table shows: its sections, their rows and each row's cell.
-class TableViewDataSource
+class BREVANTI_WIDGETS_EXPORT TableViewDataSource
 {
 public:
     virtual ~TableViewDataSource() = default;

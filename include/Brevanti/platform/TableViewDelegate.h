@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <Brevanti/platform/IndexPath.h>
 
 #include <QWidget>
@@ -9,7 +11,7 @@ namespace bvt {
 class TableView;
 
 // How a table lays out its sections and what a tap on a row does.
-class TableViewDelegate
+class BREVANTI_WIDGETS_EXPORT TableViewDelegate
 {
 public:
     virtual ~TableViewDelegate() = default;

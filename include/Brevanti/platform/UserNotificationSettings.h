@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_core_export.h>
+
 #include <QVariant>
 
 namespace bvt {
@@ -12,7 +14,7 @@ enum UserNotificationType {
     UserNotificationTypeAlert = 1 << 2,
 };
 
-struct UserNotificationSettings
+struct BREVANTI_CORE_EXPORT UserNotificationSettings
 {
     int types = UserNotificationTypeNone;
     QVariant categories; // invalid: none

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 // Who owns what in the platform layer:
 // - A controller owns its view: the view is deleted with the controller, wherever it is parented.
 //   Containers only parent views into their own widgets; when such a widget goes first (a window
@@ -30,7 +32,7 @@ class PopupController;
 
 // One screen: a lazily created view (a QWidget), a title, a navigation item and the appearance
 // hooks its container calls.
-class ViewController : public QObject
+class BREVANTI_WIDGETS_EXPORT ViewController : public QObject
 {
     Q_OBJECT
 public:

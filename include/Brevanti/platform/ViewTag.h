@@ -1,12 +1,15 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <QWidget>
 
 namespace bvt {
 
 // A view's tag, to find it again among its parent's descendants.
-void setViewTag(QWidget *view, int tag);
-int viewTag(const QWidget *view);
-QWidget *viewWithTag(QWidget *root, int tag); // root itself or a descendant; nullptr when none
+BREVANTI_WIDGETS_EXPORT void setViewTag(QWidget *view, int tag);
+BREVANTI_WIDGETS_EXPORT int viewTag(const QWidget *view);
+BREVANTI_WIDGETS_EXPORT QWidget *
+viewWithTag(QWidget *root, int tag); // root itself or a descendant; nullptr when none
 
 } // namespace bvt

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/brevanti_widgets_export.h>
+
 #include <Brevanti/platform/ViewController.h>
 
 #include <QObject>
@@ -10,7 +12,7 @@ class QWidget;
 namespace bvt {
 
 // A top-level window showing one root controller (a phone's key window).
-class Window : public QObject
+class BREVANTI_WIDGETS_EXPORT Window : public QObject
 {
     Q_OBJECT
 public:
