@@ -12,6 +12,7 @@ endif()
 # A sanitized build's static libraries need the sanitizers' runtime in the host too.
 if(SANITIZE)
     set(host_flags -DCMAKE_EXE_LINKER_FLAGS=-fsanitize=address,undefined)
+    set(host_flags_raw -fsanitize=address,undefined)
 endif()
 foreach(component Core Widgets Quick)
     execute_process(COMMAND ${CMAKE_COMMAND} -S ${HOST_DIR} -B ${WORK_DIR}/host-${component}
@@ -34,6 +35,35 @@ if(needed MATCHES "libQt6(Gui|Widgets|Quick)")
     message(FATAL_ERROR "a host of Brevanti::Core alone needs ${CMAKE_MATCH_0}:\n${needed}")
 endif()
 message(STATUS "a host of Brevanti::Core alone needs no Qt Gui, Widgets or Quick")
+if(SHARED AND NOT needed MATCHES "libBrevantiCore[.]so[.]1")
+    message(FATAL_ERROR "a host of the shared build does not name libBrevantiCore.so.1:\n${needed}")
+endif()
+
+# Without CMake: pkg-config names what a compiler needs for the service alone.
+set(ENV{PKG_CONFIG_PATH} ${WORK_DIR}/prefix/${LIBDIR}/pkgconfig)
+execute_process(COMMAND pkg-config --cflags --libs brevanti-core
+    RESULT_VARIABLE failed OUTPUT_VARIABLE flags ERROR_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE
+)
+if(failed)
+    message(FATAL_ERROR "pkg-config --cflags --libs brevanti-core fails:\n${flags}")
+endif()
+separate_arguments(flags UNIX_COMMAND "${flags}")
+execute_process(COMMAND ${CXX} -std=c++17 -fPIC ${HOST_DIR}/main.cpp ${flags} ${host_flags_raw}
+        -o ${WORK_DIR}/pkg-config-host
+    RESULT_VARIABLE failed OUTPUT_VARIABLE output ERROR_VARIABLE output
+)
+if(failed)
+    message(FATAL_ERROR "a host built with pkg-config's flags does not build:\n${output}")
+endif()
+message(STATUS "pkg-config --cflags --libs brevanti-core builds a host")
+
+execute_process(COMMAND ${WORK_DIR}/prefix/bin/brevanti-sim --version
+    RESULT_VARIABLE failed OUTPUT_VARIABLE version ERROR_VARIABLE version
+)
+if(failed OR NOT version MATCHES "^brevanti-sim [0-9]")
+    message(FATAL_ERROR "the installed brevanti-sim --version answers:\n${version}")
+endif()
+message(STATUS "the installed local service: ${version}")
 
 execute_process(COMMAND ${CMAKE_COMMAND} --build ${WORK_DIR}/host-Quick
     RESULT_VARIABLE failed OUTPUT_VARIABLE output ERROR_VARIABLE output

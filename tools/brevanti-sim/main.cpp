@@ -63,13 +63,17 @@ int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("brevanti-sim"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(BREVANTI_VERSION_STR));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Local Brevanti service for tests and demos."));
     parser.addHelpOption();
-    const QCommandLineOption portOption(QStringLiteral("port"),
-                                        QStringLiteral("Port to listen on; 0 picks a free one."),
-                                        QStringLiteral("N"));
+    parser.addVersionOption();
+    const QCommandLineOption portOption(
+            QStringLiteral("port"),
+            QStringLiteral("Port to listen on (default 0: a free one; the first line printed "
+                           "names it)."),
+            QStringLiteral("N"), QStringLiteral("0"));
     const QCommandLineOption clientOption(
             QStringLiteral("client"),
             QStringLiteral("Client allowed to ask for tokens; repeatable."),
@@ -82,7 +86,8 @@ int main(int argc, char *argv[])
             QStringLiteral("token-lifetime"),
             QStringLiteral("Lifetime of issued tokens (default 7200)."), QStringLiteral("SECONDS"));
     const QCommandLineOption hostOption(QStringLiteral("host"),
-                                        QStringLiteral("Address to listen on (default 127.0.0.1)."),
+                                        QStringLiteral("Address to listen on, or localhost "
+                                                       "(default 127.0.0.1)."),
                                         QStringLiteral("ADDRESS"), QStringLiteral("127.0.0.1"));
     const QCommandLineOption catalogueOption(
             QStringLiteral("catalogue"),
@@ -121,9 +126,13 @@ int main(int argc, char *argv[])
 
     bool ok = false;
     const uint port = parser.value(portOption).toUInt(&ok);
-    if (!parser.isSet(portOption) || !ok || port > 65535)
-        fail(QStringLiteral("--port N is required, N from 0 to 65535"));
-    const QHostAddress host(parser.value(hostOption));
+    if (!ok || port > 65535)
+        fail(QStringLiteral("--port wants N from 0 to 65535, got %1")
+                     .arg(parser.value(portOption)));
+    const QString hostName = parser.value(hostOption);
+    const QHostAddress host = hostName == QLatin1String("localhost")
+            ? QHostAddress(QHostAddress::LocalHost)
+            : QHostAddress(hostName);
     if (host.isNull())
         fail(QStringLiteral("--host is not an IP address: %1").arg(parser.value(hostOption)));
     const QStringList clients = parser.values(clientOption);
