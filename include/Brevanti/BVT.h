@@ -51,6 +51,13 @@ namespace bvt {
 // the library's built-in manager. Call it on the main thread.
 BREVANTI_CORE_EXPORT void setNetworkAccessManager(QNetworkAccessManager *manager);
 
+// Where the library's log lines go. By default each line is written with qInfo() in Qt's default
+// category, exactly as it stands. A handler receives each line instead: route it elsewhere, or
+// drop it to silence the library without silencing the host's own qInfo() lines. An empty
+// function goes back to the default. Call it on the main thread.
+using LogHandler = std::function<void(const QString &line)>;
+BREVANTI_CORE_EXPORT void setLogHandler(LogHandler handler);
+
 } // namespace bvt
 
 // C linkage keeps these symbols unadorned; deviceName returns a QString all the same, which clang

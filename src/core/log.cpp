@@ -1,5 +1,7 @@
 #include "log.h"
 
+#include <Brevanti/BVT.h>
+
 #include <QJsonDocument>
 #include <QtDebug>
 
@@ -7,6 +9,17 @@ namespace bvt {
 
 namespace {
 const QString nilText = QStringLiteral("(null)");
+
+LogHandler &logHandler()
+{
+    static LogHandler handler;
+    return handler;
+}
+} // namespace
+
+void setLogHandler(LogHandler handler)
+{
+    logHandler() = std::move(handler);
 }
 
 QString describe(const QString &value)
@@ -64,7 +77,10 @@ QString formatLine(const char *format, const QStringList &arguments)
 
 void writeLine(const QString &line)
 {
-    qInfo("%s", qUtf8Printable(line));
+    if (const LogHandler &handler = logHandler())
+        handler(line);
+    else
+        qInfo("%s", qUtf8Printable(line));
 }
 
 } // namespace bvt

@@ -69,6 +69,7 @@ private Q_SLOTS:
     void onlyFailedWritesAreLoggedAndTheyAreKept();
     void systemVersionIsSentInSinglePrecision_data();
     void systemVersionIsSentInSinglePrecision();
+    void logLinesGoWhereTheHostSays();
 
 private:
     std::unique_ptr<LocalService> m_local;
@@ -354,6 +355,17 @@ void TestDevice::systemVersionIsSentInSinglePrecision()
                                {"model", bvt::Device::currentDevice().model()},
                                {"manufacturer", "Apple"}};
     QCOMPARE(m_manager->deviceParams(), BVTParameters({{"device", device}}));
+}
+
+void TestDevice::logLinesGoWhereTheHostSays()
+{
+    QStringList routed;
+    bvt::setLogHandler([&routed](const QString &line) { routed << line; });
+    m_manager->setCurrentDeviceToken("AB");
+    bvt::setLogHandler({}); // back to qInfo()
+    m_manager->setCurrentDeviceToken("CD");
+    QCOMPARE(routed, QStringList{"Set Device Token to: AB"});
+    QCOMPARE(m_log->lines(), QStringList{"Set Device Token to: CD"});
 }
 
 int main(int argc, char **argv)
