@@ -6,6 +6,8 @@ import Brevanti
 // The permission card over the dimmed window, the widget card's look and buttons: Keep Me Updated
 // closes it and asks for push permission once it has gone, Customize Notifications shows the
 // preferences inside it under a bar whose Done closes it, No Thanks closes it.
+// Its texts are translated in this file's context, PermissionCard, but for the bar's, which are the
+// preferences page's, in the context PreferencesPage, as the widget screens do.
 Popup {
     id: card
 
@@ -83,7 +85,7 @@ Popup {
                 id: keepMeUpdated
                 Layout.fillWidth: true
                 Layout.preferredHeight: 46
-                text: "Keep Me Updated"
+                text: qsTr("Keep Me Updated")
                 font.bold: true
                 contentItem: Label {
                     text: keepMeUpdated.text
@@ -105,7 +107,7 @@ Popup {
                 id: customize
                 Layout.fillWidth: true
                 Layout.preferredHeight: 46
-                text: "Customize Notifications"
+                text: qsTr("Customize Notifications")
                 font.bold: true
                 contentItem: Label {
                     text: customize.text
@@ -126,7 +128,7 @@ Popup {
                 id: noThanks
                 Layout.fillWidth: true
                 Layout.preferredHeight: 36
-                text: "No Thanks"
+                text: qsTr("No Thanks")
                 flat: true
                 contentItem: Label {
                     text: noThanks.text
@@ -148,7 +150,7 @@ Popup {
             color: card.color
             Label {
                 anchors.centerIn: parent
-                text: "Notifications"
+                text: qsTranslate("PreferencesPage", "Notifications")
                 color: "white"
                 font.pixelSize: 17
                 font.bold: true
@@ -158,7 +160,7 @@ Popup {
                 anchors.right: parent.right
                 anchors.verticalCenter: parent.verticalCenter
                 height: parent.height
-                text: "Done"
+                text: qsTranslate("PreferencesPage", "Done")
                 flat: true
                 contentItem: Label {
                     text: done.text

@@ -16,6 +16,7 @@
 #include "preferencesstyle.h"
 
 #include <QAction>
+#include <QCoreApplication>
 #include <QEvent>
 #include <QLabel>
 #include <QPainter>
@@ -98,7 +99,8 @@ private:
 BVTNotifyPreferencesViewController::BVTNotifyPreferencesViewController(QObject *parent)
     : bvt::ViewController(parent), m_document(std::make_unique<bvt::PreferenceDocument>())
 {
-    setTitle(QStringLiteral("Notifications"));
+    // The context of the QML page, so that both screens share one translation.
+    setTitle(QCoreApplication::translate("PreferencesPage", "Notifications"));
 }
 
 BVTNotifyPreferencesViewController::~BVTNotifyPreferencesViewController() = default;
@@ -112,7 +114,8 @@ BVTNotifyPreferencesViewController *BVTNotifyPreferencesViewController::initInPo
     screen->setLandscapeContentSizeInPopup(
             QSize(bounds.height() - bvt::popupcard::screenMargin,
                   bounds.width() - bvt::preferences::popupLandscapeMargin));
-    screen->m_doneButton = new QAction(QStringLiteral("Done"), screen);
+    screen->m_doneButton =
+            new QAction(QCoreApplication::translate("PreferencesPage", "Done"), screen);
     connect(screen->m_doneButton, &QAction::triggered, screen,
             [screen] { screen->didClickDone(); });
     screen->navigationItem().rightBarButtonItem = screen->m_doneButton;

@@ -8,6 +8,7 @@
 #include "requestcardview.h"
 #include "ui_BVTNotifyRequestViewController.h"
 
+#include <QCoreApplication>
 #include <QTimer>
 
 namespace {
@@ -55,7 +56,8 @@ BVTNotifyRequestViewController::BVTNotifyRequestViewController(const QColor &col
                                                                const QString &header,
                                                                const QString &subHeader)
 {
-    setTitle(QStringLiteral("Notifications"));
+    // The preferences screen's title, and so its translation.
+    setTitle(QCoreApplication::translate("PreferencesPage", "Notifications"));
     const QRect bounds = bvt::Screen::mainScreen().bounds();
     setContentSizeInPopup(QSize(bounds.width() - bvt::popupcard::screenMargin, portraitHeight));
     setLandscapeContentSizeInPopup(
@@ -98,18 +100,20 @@ void BVTNotifyRequestViewController::viewWillAppear(bool animated)
     m_headerLabel->setStyleSheet(QStringLiteral("color: %1;").arg(color));
     m_headerLabel->setText(m_popupHeader);
     m_subheaderLabel->setText(m_popupSubHeader);
-    m_keepMeUpdatedButton->setText(QStringLiteral("Keep Me Updated"));
+    m_keepMeUpdatedButton->setText(
+            QCoreApplication::translate("PermissionCard", "Keep Me Updated"));
     m_keepMeUpdatedButton->setStyleSheet(
             QStringLiteral("QPushButton { background-color: %1; color: white; border: none;"
                            " border-radius: 4px; font-weight: bold; }")
                     .arg(color));
-    m_customizeButton->setText(QStringLiteral("Customize Notifications"));
+    m_customizeButton->setText(
+            QCoreApplication::translate("PermissionCard", "Customize Notifications"));
     m_customizeButton->setStyleSheet(
             QStringLiteral("QPushButton { color: %1; background: white; border: %2px solid %1;"
                            " border-radius: 4px; font-weight: bold; }")
                     .arg(color)
                     .arg(customizeBorderWidth));
-    m_noThanksButton->setText(QStringLiteral("No Thanks"));
+    m_noThanksButton->setText(QCoreApplication::translate("PermissionCard", "No Thanks"));
     m_noThanksButton->setStyleSheet(
             QStringLiteral("QPushButton { color: %1; background: transparent; border: none; }")
                     .arg(noThanksColor.name()));

@@ -23,6 +23,7 @@
 #include <QStandardPaths>
 #include <QTest>
 #include <QTimer>
+#include <QTranslator>
 #include <QtQml/qqmlextensionplugin.h>
 
 // The module is a static plugin: the host imports it, as linking alone registers nothing.
@@ -308,17 +309,25 @@ void TestQuick::cardButtons_data()
 {
     QTest::addColumn<QString>("call");      // QML code; none for BVTNotify's C++ call
     QTest::addColumn<QStringList>("asked"); // of the system
-    QTest::newRow("Keep Me Updated")
-            << "Brevanti.requestCustomPreferences()" << QStringList({"settings:7", "remote"});
-    QTest::newRow("Customize Notifications") << QString() << QStringList();
+    QTest::addColumn<bool>("german");       // the host installs the tests' German translation
+    QTest::newRow("Keep Me Updated") << "Brevanti.requestCustomPreferences()"
+                                     << QStringList({"settings:7", "remote"}) << false;
+    QTest::newRow("Customize Notifications") << QString() << QStringList() << false;
     QTest::newRow("No Thanks") << R"(Brevanti.requestCustomPreferencesWithColor("red"))"
-                               << QStringList();
+                               << QStringList() << false;
+    QTest::newRow("Mitteilungen anpassen")
+            << "Brevanti.requestCustomPreferences()" << QStringList() << true;
 }
 
 void TestQuick::cardButtons()
 {
     QFETCH(QString, call);
     QFETCH(QStringList, asked);
+    QFETCH(bool, german);
+    QTranslator translator; // before the card is made, as a host does; removed when destroyed
+    if (german)
+        QVERIFY(translator.load(":/i18n/brevanti_de")
+                && QCoreApplication::installTranslator(&translator));
     QSettings().remove(QStringLiteral("com.brevanti.ios.BVTDeviceToken"));
     m_local->reset();
     QQuickWindow window;
@@ -332,9 +341,12 @@ void TestQuick::cardButtons()
     QTRY_VERIFY(card->property("opened").toBool());
     QCOMPARE(card->property("color").value<QColor>(),
              call.contains("red") ? QColor(Qt::red) : BVTNotify::defaultNotificationColor());
+    QCOMPARE(card->property("header").toString(),
+             german ? "Bleib auf dem Laufenden" : "Stay Up To Date");
     tap(itemsOf(card, "QQuickAbstractButton", QTest::currentDataTag()).value(0));
     QVERIFY(m_system.requests().isEmpty()); // the card goes first, the system asks later
-    if (QTest::currentDataTag() == QStringLiteral("Customize Notifications")) {
+    if (QTest::currentDataTag()
+        == QLatin1String(german ? "Mitteilungen anpassen" : "Customize Notifications")) {
         // The preferences in the card, under its bar, with a switch named as each row.
         QVERIFY(!itemsOf(card, "QQuickText", "Notifications").isEmpty());
         QTRY_COMPARE(itemsOf(card, "QQuickSwitch").size(), 3);
@@ -343,7 +355,7 @@ void TestQuick::cardButtons()
         QVERIFY(first); // none for an item that declares nothing accessible
         QCOMPARE(first->text(QAccessible::Name), "Breaking");
         QCOMPARE(m_local->requestsFor("/preferences").size(), 1);
-        tap(itemsOf(card, "QQuickAbstractButton", "Done").value(0));
+        tap(itemsOf(card, "QQuickAbstractButton", german ? "Fertig" : "Done").value(0));
     }
     QTRY_VERIFY(!card); // dismissed, and gone
     // Whatever the tap put off is due before a timer of the same delay started now.

@@ -22,6 +22,7 @@
 #include <QTest>
 #include <QTimer>
 #include <QToolButton>
+#include <QTranslator>
 
 using Request = BVTNotifyRequestViewController;
 using Preferences = BVTNotifyPreferencesViewController;
@@ -183,14 +184,21 @@ void TestUi::buttons_data()
 {
     QTest::addColumn<int>("button");        // the row's name is the button's text
     QTest::addColumn<QStringList>("asked"); // of the system
-    QTest::newRow("Keep Me Updated") << 0 << QStringList({"settings:7", "remote"});
-    QTest::newRow("Customize Notifications") << 1 << QStringList();
-    QTest::newRow("No Thanks") << 2 << QStringList();
+    QTest::addColumn<bool>("german");       // the host installs the tests' German translation
+    QTest::newRow("Keep Me Updated") << 0 << QStringList({"settings:7", "remote"}) << false;
+    QTest::newRow("Customize Notifications") << 1 << QStringList() << false;
+    QTest::newRow("No Thanks") << 2 << QStringList() << false;
+    QTest::newRow("Mitteilungen anpassen") << 1 << QStringList() << true;
 }
 
 void TestUi::buttons()
 {
     QFETCH(int, button);
+    QFETCH(bool, german);
+    QTranslator translator; // before the card is made, as a host does; removed when destroyed
+    if (german)
+        QVERIFY(translator.load(":/i18n/brevanti_de")
+                && QCoreApplication::installTranslator(&translator));
     BVTNotify::requestCustomPreferences();
     bvt::PopupController *popup = shownPopup();
     auto *request = qobject_cast<Request *>(popup->topViewController());
@@ -220,12 +228,15 @@ void TestUi::buttons()
         QCOMPARE(preferences->landscapeContentSizeInPopup(), QSize(637, 315));
         bvt::PopupNavigationBar *bar = popup->navigationBar();
         QVERIFY(bar->isVisible() && bar->title() == "Notifications");
-        QVERIFY(bar->rightButton()->isVisible() && bar->rightButton()->text() == "Done");
+        QVERIFY(bar->rightButton()->isVisible());
+        QCOMPARE(bar->rightButton()->text(), german ? "Fertig" : "Done");
         QTRY_VERIFY(!preferences->tableData().isEmpty());
         // Back to the card: the bar is hidden again and the texts applied again.
         request->headerLabel()->setText("changed");
         delete popup->popViewControllerAnimated(false);
-        QVERIFY(!bar->isVisible() && request->headerLabel()->text() == "Stay Up To Date");
+        QVERIFY(!bar->isVisible());
+        QCOMPARE(request->headerLabel()->text(),
+                 german ? "Bleib auf dem Laufenden" : "Stay Up To Date");
         // Done closes the whole card.
         request->customizeButton()->click();
         QTRY_COMPARE(m_local->requestsFor("/preferences").size(), 2);

@@ -1,0 +1,38 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" sourcelanguage="en">
+<context>
+    <name>PermissionCard</name>
+    <message>
+        <source>Keep Me Updated</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Customize Notifications</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No Thanks</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Stay Up To Date</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Turn on notifications to make sure you don&apos;t miss anything you care about!</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>PreferencesPage</name>
+    <message>
+        <source>Notifications</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Done</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+</TS>
