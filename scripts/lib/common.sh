@@ -9,6 +9,7 @@ packages=(
     qml6-module-qtqml-workerscript
     qt6-tools-dev qt6-l10n-tools
     fonts-dejavu-core openssl
+    doxygen
 )
 
 # Installs whichever of the packages are missing (as root, or through sudo when there is one).

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// bvt::NavigationBar, the bar over a navigation stack or a popup card.
+
 #include <Brevanti/brevanti_widgets_export.h>
 
 #include <Brevanti/platform/NavigationItem.h>
@@ -13,23 +16,28 @@ class QToolButton;
 
 namespace bvt {
 
-// A bar with a centred title and a right-hand button, for navigation controllers and popup cards.
+/// A bar with a centred title and a right-hand button, for navigation controllers and popup cards.
 class BREVANTI_WIDGETS_EXPORT NavigationBar : public QWidget
 {
     Q_OBJECT
 public:
-    static constexpr int height = 44;
+    static constexpr int height = 44; ///< the bar's fixed height
 
+    /// A white bar with a bold title and no button.
     explicit NavigationBar(QWidget *parent = nullptr);
 
-    void setItem(const NavigationItem &item); // title and right button of the top controller
+    void setItem(const NavigationItem &item); ///< title and right button of the top controller
+    /// The title shown.
     QString title() const;
-    QToolButton *rightButton() const; // hidden when the item has none
+    QToolButton *rightButton() const; ///< hidden when the item has none
 
-    void setBarTintColor(const QColor &color); // background
-    void setTintColor(const QColor &color);    // button text
+    void setBarTintColor(const QColor &color); ///< background
+    void setTintColor(const QColor &color);    ///< button text
+    /// The title's font and colour.
+    ///@{
     void setTitleFont(const QFont &font);
     void setTitleColor(const QColor &color);
+    ///@}
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// bvt::NavigationController, a stack of controllers under a navigation bar.
+
 #include <Brevanti/brevanti_widgets_export.h>
 
 #include <Brevanti/platform/NavigationBar.h>
@@ -15,25 +18,30 @@ namespace bvt {
 
 class ControllerStack;
 
-// A stack of controllers under a navigation bar; the top one's view fills the rest.
+/// A stack of controllers under a navigation bar; the top one's view fills the rest.
 class BREVANTI_WIDGETS_EXPORT NavigationController : public ViewController
 {
     Q_OBJECT
 public:
-    // Without a root the stack starts empty; the first controller pushed then is its root.
+    /// Without a root the stack starts empty; the first controller pushed then is its root.
     explicit NavigationController(ViewController *root, QObject *parent = nullptr);
+    /// Takes the controllers still on the stack with it.
     ~NavigationController() override;
 
+    /// The stack, root first.
     QList<ViewController *> viewControllers() const;
+    /// The controller shown; null while the stack is empty.
     ViewController *topViewController() const;
+    /// The bar, which names the top controller; asking for it loads the view.
     NavigationBar *navigationBar();
 
+    /// Puts the controller on top and shows it, taking ownership.
     void pushViewController(ViewController *controller, bool animated);
-    // The one popped, now owned by the caller; never the root, so null below two controllers.
+    /// The one popped, now owned by the caller; never the root, so null below two controllers.
     ViewController *popViewControllerAnimated(bool animated);
 
-    void viewWillAppear(bool animated) override; // passed on to the top controller
-    void viewDidAppear(bool animated) override;
+    void viewWillAppear(bool animated) override; ///< passed on to the top controller
+    void viewDidAppear(bool animated) override;  ///< passed on to the top controller
 
 protected:
     void loadView() override;

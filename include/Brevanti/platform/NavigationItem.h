@@ -1,5 +1,8 @@
 #pragma once
 
+/// \file
+/// bvt::NavigationItem, what a navigation bar shows for a controller.
+
 #include <Brevanti/brevanti_widgets_export.h>
 
 #include <QAction>
@@ -8,13 +11,13 @@
 
 namespace bvt {
 
-// What a navigation bar shows for a controller: its title and an optional right-hand button (a
-// QAction: its text is the button's title, triggered its tap).
+/// What a navigation bar shows for a controller: its title and an optional right-hand button (a
+/// QAction: its text is the button's title, triggered its tap).
 class BREVANTI_WIDGETS_EXPORT NavigationItem
 {
 public:
-    QString title;
-    QPointer<QAction> rightBarButtonItem;
+    QString title;                        ///< the bar's title (ViewController::setTitle sets it)
+    QPointer<QAction> rightBarButtonItem; ///< the right-hand button; null for none
 };
 
 } // namespace bvt
