@@ -8,6 +8,8 @@
 #include <QPixmap>
 #include <QString>
 
+#include <memory>
+
 class QLabel;
 class QPushButton;
 
@@ -23,6 +25,7 @@ public:
     BVTNotifyRequestViewController(); // the four defaults of BVTNotify
     BVTNotifyRequestViewController(const QColor &color, const QPixmap &icon, const QString &header,
                                    const QString &subHeader);
+    ~BVTNotifyRequestViewController() override;
 
     QColor popupColor() const;
     void setPopupColor(const QColor &color);
@@ -54,14 +57,6 @@ protected:
     void loadView() override;
 
 private:
-    QColor m_popupColor;
-    QPixmap m_popupIcon;
-    QString m_popupHeader;
-    QString m_popupSubHeader;
-    QLabel *m_alertIcon = nullptr;
-    QLabel *m_headerLabel = nullptr;
-    QLabel *m_subheaderLabel = nullptr;
-    QPushButton *m_keepMeUpdatedButton = nullptr;
-    QPushButton *m_customizeButton = nullptr;
-    QPushButton *m_noThanksButton = nullptr;
+    class Private;
+    const std::unique_ptr<Private> d;
 };

@@ -6,12 +6,15 @@
 
 #include <QString>
 
+#include <memory>
+
 // The switch of one preference row: it remembers which preference it stands for.
 class BREVANTI_WIDGETS_EXPORT BVTNotifySwitch : public bvt::Switch
 {
     Q_OBJECT
 public:
     explicit BVTNotifySwitch(QWidget *parent = nullptr);
+    ~BVTNotifySwitch() override;
 
     QString category() const; // the "key" of the row's category
     void setCategory(const QString &category);
@@ -19,6 +22,6 @@ public:
     void setPreference(const QString &preference);
 
 private:
-    QString m_category;
-    QString m_preference;
+    class Private;
+    const std::unique_ptr<Private> d;
 };

@@ -5,6 +5,8 @@
 #include <QNetworkAccessManager>
 #include <QUrl>
 
+#include <memory>
+
 namespace bvt {
 
 // A network access manager that sends the library's requests for the service to another origin,
@@ -17,6 +19,7 @@ class BREVANTI_CORE_EXPORT ServiceRouter : public QNetworkAccessManager
     Q_OBJECT
 public:
     explicit ServiceRouter(const QUrl &destination, QObject *parent = nullptr);
+    ~ServiceRouter() override;
 
     QUrl destination() const;
 
@@ -25,8 +28,8 @@ protected:
                                  QIODevice *outgoingData) override;
 
 private:
-    QUrl m_service;
-    QUrl m_destination;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

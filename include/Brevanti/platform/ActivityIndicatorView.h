@@ -4,6 +4,8 @@
 
 #include <QWidget>
 
+#include <memory>
+
 namespace bvt {
 
 // A spinning activity indicator, grey.
@@ -12,6 +14,7 @@ class BREVANTI_WIDGETS_EXPORT ActivityIndicatorView : public QWidget
     Q_OBJECT
 public:
     explicit ActivityIndicatorView(QWidget *parent = nullptr); // 20 x 20
+    ~ActivityIndicatorView() override;
 
     void startAnimating();
     void stopAnimating();
@@ -26,8 +29,8 @@ protected:
     void timerEvent(QTimerEvent *event) override;
 
 private:
-    int m_timer = 0;
-    int m_step = 0;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

@@ -4,6 +4,8 @@
 
 #include <Brevanti/platform/PushRegistrationHandler.h>
 
+#include <memory>
+
 namespace bvt {
 
 // The running application as the library sees it.
@@ -11,6 +13,8 @@ class BREVANTI_CORE_EXPORT Application
 {
 public:
     static Application &sharedApplication();
+    Application();
+    ~Application();
 
     // The host installs its handler at launch; the library does not take ownership, and nullptr
     // removes it. Without a handler the requests go nowhere.
@@ -21,7 +25,8 @@ public:
     void registerForRemoteNotifications();
 
 private:
-    PushRegistrationHandler *m_pushHandler = nullptr;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

@@ -8,6 +8,8 @@
 #include <QFont>
 #include <QWidget>
 
+#include <memory>
+
 class QLabel;
 class QToolButton;
 
@@ -21,6 +23,7 @@ public:
     static constexpr int height = 44;
 
     explicit NavigationBar(QWidget *parent = nullptr);
+    ~NavigationBar() override;
 
     void setItem(const NavigationItem &item); // title and right button of the top controller
     QString title() const;
@@ -36,9 +39,8 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    QLabel *m_title;
-    QToolButton *m_right;
-    QColor m_barTint;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

@@ -6,6 +6,8 @@
 #include <QRect>
 #include <QSize>
 
+#include <memory>
+
 namespace bvt {
 
 enum class InterfaceOrientation { Portrait, Landscape };
@@ -17,6 +19,8 @@ class BREVANTI_WIDGETS_EXPORT Screen : public QObject
     Q_OBJECT
 public:
     static Screen &mainScreen();
+    Screen();
+    ~Screen() override;
 
     QRect bounds() const;                     // origin (0, 0)
     void setPhoneSize(const QSize &size);     // an empty size goes back to the primary screen's
@@ -28,7 +32,8 @@ Q_SIGNALS:
     void boundsChanged(const QRect &bounds);
 
 private:
-    QSize m_phoneSize;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

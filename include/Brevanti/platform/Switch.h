@@ -5,6 +5,8 @@
 #include <QAbstractButton>
 #include <QColor>
 
+#include <memory>
+
 namespace bvt {
 
 // A painted on/off control. valueChanged is emitted only when the user flips it, never for setOn.
@@ -13,6 +15,7 @@ class BREVANTI_WIDGETS_EXPORT Switch : public QAbstractButton
     Q_OBJECT
 public:
     explicit Switch(QWidget *parent = nullptr);
+    ~Switch() override;
 
     bool isOn() const;
     void setOn(bool on, bool animated);
@@ -29,7 +32,8 @@ protected:
     bool hitButton(const QPoint &pos) const override;
 
 private:
-    QColor m_onTint;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

@@ -6,6 +6,8 @@
 
 #include <QList>
 
+#include <memory>
+
 class QStackedWidget;
 class QTabBar;
 
@@ -17,6 +19,7 @@ class BREVANTI_WIDGETS_EXPORT TabBarController : public ViewController
     Q_OBJECT
 public:
     explicit TabBarController(QObject *parent = nullptr);
+    ~TabBarController() override;
 
     QList<ViewController *> viewControllers() const;
     void setViewControllers(const QList<ViewController *> &controllers); // takes ownership
@@ -31,12 +34,11 @@ protected:
     void loadView() override;
 
 private:
+    class Private;
+
     void fillTabs(); // pages and tabs for the controllers, the selected one shown
 
-    QList<ViewController *> m_controllers;
-    int m_selected = -1;
-    QStackedWidget *m_stack = nullptr;
-    QTabBar *m_tabs = nullptr;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QWidget>
 
+#include <memory>
+
 namespace bvt {
 
 // One row's widget. Cells are reused: a cell scrolled out of sight goes back to the table's pool
@@ -18,6 +20,7 @@ public:
     enum class SelectionStyle { None, Default };
 
     TableViewCell(Style style, const QString &reuseIdentifier, QWidget *parent = nullptr);
+    ~TableViewCell() override;
 
     QString reuseIdentifier() const;
     QWidget *contentView() const; // fills the cell but for the accessory
@@ -39,14 +42,11 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    class Private;
+
     void layoutAccessory();
 
-    QString m_reuseIdentifier;
-    QWidget *m_contentView;
-    QWidget *m_accessoryView = nullptr;
-    SelectionStyle m_selectionStyle = SelectionStyle::Default;
-    QMargins m_layoutMargins;
-    bool m_selected = false;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt
