@@ -170,18 +170,12 @@ public:
     ///@}
 
 private:
+    class Private;
+
     BVTManager();
 
     void send(const bvt::Verb &verb, const QString &path, const BVTParameters &parameters,
               const BVTSuccessBlock &success, const BVTFailureBlock &failure);
-    bool holdsValidToken() const;
-    void updateBasicCredentials();
 
-    QString m_clientId;
-    QString m_clientSecret;
-    QString m_basicCredentials; // Base64 of "id:secret", kept with them: every GET logs it
-    QString m_origin;
-    QString m_accessToken;
-    QDateTime m_accessTokenExpires;
-    QString m_currentUser;
+    const std::unique_ptr<Private> d;
 };

@@ -131,9 +131,4 @@ public:
     BREVANTI_WIDGETS_EXPORT static bvt::ViewController *
     topViewController(bvt::ViewController *controller);
     ///@}
-
-private:
-    static void switchPreference(const QString &path, const QString &category,
-                                 const QString &preference, const BVTSuccessBlock &success,
-                                 const BVTFailureBlock &failure);
 };

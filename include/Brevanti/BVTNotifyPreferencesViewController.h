@@ -16,10 +16,6 @@
 
 class QAction;
 
-namespace bvt {
-class PreferenceDocument;
-}
-
 /// The ready-made preferences screen: every category of the user's preference document as a
 /// section, every preference as a row with an on/off switch that sends its change to the service at
 /// once. It fetches the document each time it comes on screen and shows a spinner until a non-empty
@@ -98,7 +94,6 @@ protected:
     void viewDidLoad() override;
 
 private:
-    bvt::TableView *m_tableView = nullptr;
-    QAction *m_doneButton = nullptr;
-    std::unique_ptr<bvt::PreferenceDocument> m_document;
+    class Private;
+    const std::unique_ptr<Private> d;
 };

@@ -11,6 +11,8 @@
 #include <QPixmap>
 #include <QString>
 
+#include <memory>
+
 class QLabel;
 class QPushButton;
 
@@ -27,6 +29,7 @@ public:
     /// A card in the colour, with the texts, as given (also when nil); sized from the main screen.
     BVTNotifyRequestViewController(const QColor &color, const QPixmap &icon, const QString &header,
                                    const QString &subHeader);
+    ~BVTNotifyRequestViewController() override;
 
     /// The colour of the "!" mark, the header and the buttons; an invalid colour shows none.
     ///@{
@@ -85,14 +88,6 @@ protected:
     void loadView() override;
 
 private:
-    QColor m_popupColor;
-    QPixmap m_popupIcon;
-    QString m_popupHeader;
-    QString m_popupSubHeader;
-    QLabel *m_alertIcon = nullptr;
-    QLabel *m_headerLabel = nullptr;
-    QLabel *m_subheaderLabel = nullptr;
-    QPushButton *m_keepMeUpdatedButton = nullptr;
-    QPushButton *m_customizeButton = nullptr;
-    QPushButton *m_noThanksButton = nullptr;
+    class Private;
+    const std::unique_ptr<Private> d;
 };

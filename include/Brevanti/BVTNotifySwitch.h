@@ -9,6 +9,8 @@
 
 #include <QString>
 
+#include <memory>
+
 /// The switch of one preference row: it remembers which preference it stands for.
 class BREVANTI_WIDGETS_EXPORT BVTNotifySwitch : public bvt::Switch
 {
@@ -16,6 +18,7 @@ class BREVANTI_WIDGETS_EXPORT BVTNotifySwitch : public bvt::Switch
 public:
     /// A switch that stands for no preference until given one.
     explicit BVTNotifySwitch(QWidget *parent = nullptr);
+    ~BVTNotifySwitch() override;
 
     QString category() const; ///< the "key" of the row's category
     /// Sets the category's key (see category).
@@ -25,6 +28,6 @@ public:
     void setPreference(const QString &preference);
 
 private:
-    QString m_category;
-    QString m_preference;
+    class Private;
+    const std::unique_ptr<Private> d;
 };

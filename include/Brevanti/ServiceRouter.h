@@ -8,6 +8,8 @@
 #include <QNetworkAccessManager>
 #include <QUrl>
 
+#include <memory>
+
 namespace bvt {
 
 /// A network access manager that sends the library's requests for the service to another origin,
@@ -23,6 +25,7 @@ class BREVANTI_CORE_EXPORT ServiceRouter : public QNetworkAccessManager
 public:
     /// Routes to destination, of which only the scheme, host and port are used.
     explicit ServiceRouter(const QUrl &destination, QObject *parent = nullptr);
+    ~ServiceRouter() override;
 
     /// Where the service's requests go, as given.
     QUrl destination() const;
@@ -32,8 +35,8 @@ protected:
                                  QIODevice *outgoingData) override;
 
 private:
-    QUrl m_service;
-    QUrl m_destination;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

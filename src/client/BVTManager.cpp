@@ -1,80 +1,80 @@
-#include <Brevanti/BVTManager.h>
+#include "bvtmanagerprivate.h"
 
 #include "core/log.h"
 #include "origin.h"
 
-BVTManager::BVTManager()
+BVTManager::BVTManager() : d(std::make_unique<Private>())
 {
-    updateBasicCredentials();
+    d->updateBasicCredentials();
 }
 
 BVTManager::~BVTManager() = default;
 
-void BVTManager::updateBasicCredentials()
+void BVTManager::Private::updateBasicCredentials()
 {
     const QString credentials =
-            bvt::formatLine("%@:%@", {bvt::describe(m_clientId), bvt::describe(m_clientSecret)});
-    m_basicCredentials = QString::fromLatin1(credentials.toUtf8().toBase64());
+            bvt::formatLine("%@:%@", {bvt::describe(clientId), bvt::describe(clientSecret)});
+    basicCredentials = QString::fromLatin1(credentials.toUtf8().toBase64());
 }
 
 QString BVTManager::clientId() const
 {
-    return m_clientId;
+    return d->clientId;
 }
 
 void BVTManager::setClientId(const QString &clientId)
 {
-    m_clientId = clientId;
-    updateBasicCredentials();
+    d->clientId = clientId;
+    d->updateBasicCredentials();
 }
 
 QString BVTManager::clientSecret() const
 {
-    return m_clientSecret;
+    return d->clientSecret;
 }
 
 void BVTManager::setClientSecret(const QString &clientSecret)
 {
-    m_clientSecret = clientSecret;
-    updateBasicCredentials();
+    d->clientSecret = clientSecret;
+    d->updateBasicCredentials();
 }
 
 QString BVTManager::origin() const
 {
-    return m_origin;
+    return d->origin;
 }
 
 void BVTManager::setOrigin(const QString &origin)
 {
-    m_origin = origin;
+    d->origin = origin;
 }
 
 QString BVTManager::access_token() const
 {
-    return m_accessToken;
+    return d->accessToken;
 }
 
 void BVTManager::setAccess_token(const QString &accessToken)
 {
-    m_accessToken = accessToken;
+    d->accessToken = accessToken;
 }
 
 QDateTime BVTManager::access_token_expires() const
 {
-    return m_accessTokenExpires;
+    return d->accessTokenExpires;
 }
 
 void BVTManager::setAccess_token_expires(const QDateTime &expires)
 {
-    m_accessTokenExpires = expires;
+    d->accessTokenExpires = expires;
 }
 
 QString BVTManager::current_user() const
 {
-    return m_currentUser;
+    return d->currentUser;
 }
 
 void BVTManager::setCurrent_user(const QString &currentUser)
 {
-    m_currentUser = currentUser;
+    d->currentUser = currentUser;
 }

@@ -1,4 +1,4 @@
-#include <Brevanti/BVTManager.h>
+#include "bvtmanagerprivate.h"
 
 #include "core/clock.h"
 #include "core/log.h"
@@ -6,28 +6,28 @@
 #include "httpclient.h"
 #include "tokenresponse.h"
 
-bool BVTManager::holdsValidToken() const
+bool BVTManager::Private::holdsValidToken() const
 {
     // Valid up to its last instant, with no margin: only an expiry strictly later than now counts.
-    return m_accessTokenExpires.isValid() && m_accessTokenExpires > bvt::clock::now();
+    return accessTokenExpires.isValid() && accessTokenExpires > bvt::clock::now();
 }
 
 void BVTManager::verifyAuthenticated(const BVTSuccessBlock &success, const BVTErrorBlock &failure)
 {
-    if (holdsValidToken()) {
+    if (d->holdsValidToken()) {
         if (success)
             success(QVariantMap{
                     {QStringLiteral("message"), QStringLiteral("Existing access token")}});
         return;
     }
 
-    m_accessToken = QString();
-    m_accessTokenExpires = QDateTime();
+    d->accessToken = QString();
+    d->accessTokenExpires = QDateTime();
 
     bvt::HttpRequest request;
     request.method = "POST";
-    request.url = QUrl(bvt::formatLine("%@%@", {bvt::describe(m_origin), "/oauth/token"}));
-    request.headers = {{"Authorization", "Basic " + m_basicCredentials.toLatin1()},
+    request.url = QUrl(bvt::formatLine("%@%@", {bvt::describe(d->origin), "/oauth/token"}));
+    request.headers = {{"Authorization", "Basic " + d->basicCredentials.toLatin1()},
                        {"Accept", "application/json"},
                        {"Content-Type", "application/x-www-form-urlencoded"}};
     request.body = bvt::FormEncoder::encode(
@@ -50,10 +50,10 @@ void BVTManager::verifyAuthenticated(const BVTSuccessBlock &success, const BVTEr
                         failure(bvt::unsendableTokenError());
                     return;
                 }
-                self->m_accessToken = token.accessToken;
-                self->m_accessTokenExpires = token.expires;
-                bvt::log("self.access_token: %@", self->m_accessToken);
-                bvt::log("self.access_token_expires: %@", self->m_accessTokenExpires);
+                self->d->accessToken = token.accessToken;
+                self->d->accessTokenExpires = token.expires;
+                bvt::log("self.access_token: %@", self->d->accessToken);
+                bvt::log("self.access_token_expires: %@", self->d->accessTokenExpires);
                 if (success)
                     success(QVariantMap{
                             {QStringLiteral("message"), QStringLiteral("Updated access token")}});

@@ -1,4 +1,4 @@
-#include <Brevanti/BVTManager.h>
+#include "bvtmanagerprivate.h"
 
 #include "core/log.h"
 #include "formencoder.h"
@@ -39,10 +39,10 @@ void BVTManager::patchUrl(const QString &path, const BVTParameters &parameters,
 void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParameters &parameters,
                       const BVTSuccessBlock &success, const BVTFailureBlock &failure)
 {
-    const QString url = bvt::formatLine("%@%@", {bvt::describe(m_origin), bvt::describe(path)});
+    const QString url = bvt::formatLine("%@%@", {bvt::describe(d->origin), bvt::describe(path)});
     bvt::log("Submit Url: %@", url);
     if (verb.logsCredentials)
-        bvt::log("Authorization: %@", QStringLiteral("Basic ") + m_basicCredentials);
+        bvt::log("Authorization: %@", QStringLiteral("Basic ") + d->basicCredentials);
 
     const auto noToken = [](const BVTError &error) {
         bvt::log("Failed to get access token: %@", error);
@@ -50,7 +50,7 @@ void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParam
     auto sendRequest = [self = shared_from_this(), &verb, url, parameters, success, failure,
                         noToken](const QVariant &) {
         // A token the host set can still hold a line break; it never goes on the wire.
-        const QByteArray bearer = "Bearer " + bvt::describe(self->m_accessToken).toUtf8();
+        const QByteArray bearer = "Bearer " + bvt::describe(self->d->accessToken).toUtf8();
         if (!bvt::HttpClient::isSafeHeaderValue(bearer))
             return noToken(bvt::unsendableTokenError());
         bvt::HttpRequest request;
@@ -85,7 +85,7 @@ void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParam
     };
 
     // A valid token sends at once, without the answer verifyAuthenticated builds for its caller.
-    if (holdsValidToken())
+    if (d->holdsValidToken())
         sendRequest(QVariant());
     else
         verifyAuthenticated(sendRequest, noToken);

@@ -20,25 +20,37 @@ bool sameOrigin(const QUrl &a, const QUrl &b)
 
 } // namespace
 
+class ServiceRouter::Private
+{
+public:
+    explicit Private(const QUrl &destination) : service(serviceOrigin()), destination(destination)
+    { }
+
+    const QUrl service;
+    const QUrl destination;
+};
+
 ServiceRouter::ServiceRouter(const QUrl &destination, QObject *parent)
-    : QNetworkAccessManager(parent), m_service(serviceOrigin()), m_destination(destination)
+    : QNetworkAccessManager(parent), d(std::make_unique<Private>(destination))
 { }
+
+ServiceRouter::~ServiceRouter() = default;
 
 QUrl ServiceRouter::destination() const
 {
-    return m_destination;
+    return d->destination;
 }
 
 QNetworkReply *ServiceRouter::createRequest(Operation op, const QNetworkRequest &request,
                                             QIODevice *outgoingData)
 {
-    if (!sameOrigin(request.url(), m_service))
+    if (!sameOrigin(request.url(), d->service))
         return QNetworkAccessManager::createRequest(op, request, outgoingData);
 
     QUrl target = request.url();
-    target.setScheme(m_destination.scheme());
-    target.setHost(m_destination.host());
-    target.setPort(m_destination.port());
+    target.setScheme(d->destination.scheme());
+    target.setHost(d->destination.host());
+    target.setPort(d->destination.port());
     QNetworkRequest routed(request);
     routed.setUrl(target);
     return QNetworkAccessManager::createRequest(op, routed, outgoingData);

@@ -4,34 +4,45 @@
 
 namespace bvt {
 
+class Application::Private
+{
+public:
+    PushRegistrationHandler *pushHandler = nullptr;
+};
+
 Application &Application::sharedApplication()
 {
-    static Application application;
-    return application;
+    // Never destroyed, so that a static handler's destructor can still remove itself at exit.
+    static Application *const application = new Application;
+    return *application;
 }
+
+Application::Application() : d(std::make_unique<Private>()) { }
+
+Application::~Application() = default;
 
 void Application::setPushRegistrationHandler(PushRegistrationHandler *handler)
 {
-    m_pushHandler = handler;
+    d->pushHandler = handler;
 }
 
 PushRegistrationHandler *Application::pushRegistrationHandler() const
 {
-    return m_pushHandler;
+    return d->pushHandler;
 }
 
 void Application::registerUserNotificationSettings(const UserNotificationSettings &settings)
 {
-    if (m_pushHandler)
-        m_pushHandler->registerUserNotificationSettings(settings);
+    if (d->pushHandler)
+        d->pushHandler->registerUserNotificationSettings(settings);
     else
         qCWarning(lcPlatform) << "no push registration handler: notification settings dropped";
 }
 
 void Application::registerForRemoteNotifications()
 {
-    if (m_pushHandler)
-        m_pushHandler->registerForRemoteNotifications();
+    if (d->pushHandler)
+        d->pushHandler->registerForRemoteNotifications();
     else
         qCWarning(lcPlatform) << "no push registration handler: remote registration dropped";
 }

@@ -14,8 +14,8 @@ std::shared_ptr<BVTManager> BVTManager::initWithLaunchOptions(const QVariantMap 
     std::shared_ptr<BVTManager> manager(new BVTManager);
     manager->setClientId(clientId);
     manager->setClientSecret(clientSecret);
-    manager->m_origin = bvt::serviceOrigin();
-    manager->m_currentUser = QString();
+    manager->setOrigin(bvt::serviceOrigin());
+    manager->setCurrent_user(QString());
     manager->initDevice();
     return manager;
 }

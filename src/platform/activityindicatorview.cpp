@@ -11,28 +11,38 @@ constexpr int spokeCount = 12;
 
 } // namespace
 
-ActivityIndicatorView::ActivityIndicatorView(QWidget *parent) : QWidget(parent)
+class ActivityIndicatorView::Private
+{
+public:
+    int timer = 0;
+    int step = 0;
+};
+
+ActivityIndicatorView::ActivityIndicatorView(QWidget *parent)
+    : QWidget(parent), d(std::make_unique<Private>())
 {
     setFixedSize(20, 20);
 }
 
+ActivityIndicatorView::~ActivityIndicatorView() = default;
+
 void ActivityIndicatorView::startAnimating()
 {
-    if (!m_timer)
-        m_timer = startTimer(80);
+    if (!d->timer)
+        d->timer = startTimer(80);
 }
 
 void ActivityIndicatorView::stopAnimating()
 {
-    if (m_timer) {
-        killTimer(m_timer);
-        m_timer = 0;
+    if (d->timer) {
+        killTimer(d->timer);
+        d->timer = 0;
     }
 }
 
 bool ActivityIndicatorView::isAnimating() const
 {
-    return m_timer != 0;
+    return d->timer != 0;
 }
 
 void ActivityIndicatorView::setCenter(const QPoint &center)
@@ -60,7 +70,7 @@ void ActivityIndicatorView::paintEvent(QPaintEvent *)
         color.setAlphaF(1.0 - 0.85 * behind / spokeCount);
         pen.setColor(color);
         painter.save();
-        painter.rotate((m_step - behind) * 360.0 / spokeCount);
+        painter.rotate((d->step - behind) * 360.0 / spokeCount);
         painter.setPen(pen);
         painter.drawLine(QPointF(0, -4.5), QPointF(0, -8.5));
         painter.restore();
@@ -69,11 +79,11 @@ void ActivityIndicatorView::paintEvent(QPaintEvent *)
 
 void ActivityIndicatorView::timerEvent(QTimerEvent *event)
 {
-    if (event->timerId() != m_timer) {
+    if (event->timerId() != d->timer) {
         QWidget::timerEvent(event);
         return;
     }
-    m_step = (m_step + 1) % spokeCount;
+    d->step = (d->step + 1) % spokeCount;
     update();
 }
 

@@ -29,83 +29,91 @@ void placeBarChildren(const QSize &size, QLabel *title, QToolButton *right)
 
 } // namespace
 
-NavigationBar::NavigationBar(QWidget *parent)
-    : QWidget(parent),
-      m_title(new QLabel(this)),
-      m_right(new QToolButton(this)),
-      m_barTint(Qt::white)
+class NavigationBar::Private
+{
+public:
+    explicit Private(NavigationBar *bar) : title(new QLabel(bar)), right(new QToolButton(bar)) { }
+
+    QLabel *const title;
+    QToolButton *const right;
+    QColor barTint = Qt::white;
+};
+
+NavigationBar::NavigationBar(QWidget *parent) : QWidget(parent), d(std::make_unique<Private>(this))
 {
     setFixedHeight(height);
-    QFont font = m_title->font();
+    QFont font = d->title->font();
     font.setBold(true);
     font.setPixelSize(17);
-    m_title->setFont(font);
-    m_title->setAlignment(Qt::AlignCenter);
-    m_right->setAutoRaise(true);
-    m_right->hide();
+    d->title->setFont(font);
+    d->title->setAlignment(Qt::AlignCenter);
+    d->right->setAutoRaise(true);
+    d->right->hide();
     setTintColor(QColor::fromRgbF(0, 0.48f, 1));
 }
 
+NavigationBar::~NavigationBar() = default;
+
 void NavigationBar::setItem(const NavigationItem &item)
 {
-    m_title->setText(item.title);
+    d->title->setText(item.title);
     QAction *action = item.rightBarButtonItem;
-    QAction *previous = m_right->defaultAction();
+    QAction *previous = d->right->defaultAction();
     if (previous && previous != action) {
         disconnect(previous, &QAction::changed, this, nullptr);
-        m_right->removeAction(previous);
+        d->right->removeAction(previous);
     }
     if (action && action != previous) {
-        m_right->setDefaultAction(action);
+        d->right->setDefaultAction(action);
         // A new text changes the button's width.
         connect(action, &QAction::changed, this,
-                [this] { placeBarChildren(size(), m_title, m_right); });
+                [this] { placeBarChildren(size(), d->title, d->right); });
     }
-    m_right->setVisible(action != nullptr);
-    placeBarChildren(size(), m_title, m_right);
+    d->right->setVisible(action != nullptr);
+    placeBarChildren(size(), d->title, d->right);
 }
 
 QString NavigationBar::title() const
 {
-    return m_title->text();
+    return d->title->text();
 }
 
 QToolButton *NavigationBar::rightButton() const
 {
-    return m_right;
+    return d->right;
 }
 
 void NavigationBar::setBarTintColor(const QColor &color)
 {
-    m_barTint = color;
+    d->barTint = color;
     update();
 }
 
 void NavigationBar::setTintColor(const QColor &color)
 {
-    setTextColor(m_right, color);
+    setTextColor(d->right, color);
 }
 
 void NavigationBar::setTitleFont(const QFont &font)
 {
-    m_title->setFont(font);
+    d->title->setFont(font);
 }
 
 void NavigationBar::setTitleColor(const QColor &color)
 {
-    setTextColor(m_title, color);
+    setTextColor(d->title, color);
 }
 
 void NavigationBar::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), m_barTint);
+    painter.fillRect(rect(), d->barTint);
     painter.fillRect(0, rect().bottom(), width(), 1, QColor::fromRgbF(0.8f, 0.8f, 0.8f));
 }
 
 void NavigationBar::resizeEvent(QResizeEvent *)
 {
-    placeBarChildren(size(), m_title, m_right);
+    placeBarChildren(size(), d->title, d->right);
 }
 
 } // namespace bvt

@@ -7,9 +7,20 @@
 
 namespace bvt {
 
+class NavigationController::Private
+{
+public:
+    explicit Private(NavigationController *navigation)
+        : controllers(navigation, [navigation] { navigation->showTop(false); })
+    { }
+
+    ControllerStack controllers;
+    NavigationBar *bar = nullptr;
+    QStackedWidget *pages = nullptr;
+};
+
 NavigationController::NavigationController(ViewController *root, QObject *parent)
-    : ViewController(parent),
-      m_controllers(std::make_unique<ControllerStack>(this, [this] { showTop(false); }))
+    : ViewController(parent), d(std::make_unique<Private>(this))
 {
     if (root)
         pushViewController(root, false);
@@ -19,33 +30,33 @@ NavigationController::~NavigationController() = default;
 
 QList<ViewController *> NavigationController::viewControllers() const
 {
-    return m_controllers->controllers();
+    return d->controllers.controllers();
 }
 
 ViewController *NavigationController::topViewController() const
 {
-    return m_controllers->top();
+    return d->controllers.top();
 }
 
 NavigationBar *NavigationController::navigationBar()
 {
     view();
-    return m_bar;
+    return d->bar;
 }
 
 void NavigationController::pushViewController(ViewController *controller, bool animated)
 {
-    m_controllers->push(controller);
+    d->controllers.push(controller);
     // Before the view exists, loadView puts every controller's view in the stack.
     if (isViewLoaded()) {
-        m_pages->addWidget(controller->view());
+        d->pages->addWidget(controller->view());
         showTop(animated);
     }
 }
 
 ViewController *NavigationController::popViewControllerAnimated(bool animated)
 {
-    ViewController *popped = m_controllers->pop();
+    ViewController *popped = d->controllers.pop();
     if (popped)
         showTop(animated);
     return popped;
@@ -69,14 +80,14 @@ void NavigationController::loadView()
     auto *layout = new QVBoxLayout(view);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    m_bar = new NavigationBar(view);
-    m_pages = new QStackedWidget(view);
-    layout->addWidget(m_bar);
-    layout->addWidget(m_pages, 1);
+    d->bar = new NavigationBar(view);
+    d->pages = new QStackedWidget(view);
+    layout->addWidget(d->bar);
+    layout->addWidget(d->pages, 1);
     setView(view);
-    m_controllers->setBar(m_bar);
+    d->controllers.setBar(d->bar);
     for (ViewController *controller : viewControllers())
-        m_pages->addWidget(controller->view());
+        d->pages->addWidget(controller->view());
     showTop(false);
 }
 
@@ -87,9 +98,9 @@ void NavigationController::showTop(bool animated)
     if (!top || !isViewLoaded())
         return;
     // The stack sizes a new page only on its next layout pass; the hooks may want the size now.
-    top->view()->setGeometry(m_pages->contentsRect());
-    m_controllers->showTop(animated, view()->isVisible(),
-                           [this](QWidget *page) { m_pages->setCurrentWidget(page); });
+    top->view()->setGeometry(d->pages->contentsRect());
+    d->controllers.showTop(animated, view()->isVisible(),
+                           [this](QWidget *page) { d->pages->setCurrentWidget(page); });
 }
 
 } // namespace bvt

@@ -72,58 +72,74 @@ PopupNavigationBar::PopupNavigationBar(QWidget *parent) : NavigationBar(parent)
         setTitleColor(black ? Qt::white : Qt::black);
 }
 
+class PopupController::Private
+{
+public:
+    explicit Private(PopupController *popup)
+        : controllers(popup, [popup] { popup->showTop(false); })
+    { }
+
+    ControllerStack controllers;
+    // In the presenting window once presented, which may take them with it when it goes first.
+    QPointer<QWidget> background;
+    QPointer<QWidget> container;
+    QPointer<PopupNavigationBar> bar;
+    QPointer<QWidget> content;
+    bool barHidden = false;
+    double cornerRadius = 4;
+};
+
 PopupController::PopupController(ViewController *root, QObject *parent)
-    : QObject(parent),
-      m_controllers(std::make_unique<ControllerStack>(this, [this] { showTop(false); }))
+    : QObject(parent), d(std::make_unique<Private>(this))
 {
     pushViewController(root, false);
 }
 
 PopupController::~PopupController()
 {
-    delete m_background.data();
-    delete m_container.data();
+    delete d->background.data();
+    delete d->container.data();
 }
 
 QList<ViewController *> PopupController::viewControllers() const
 {
-    return m_controllers->controllers();
+    return d->controllers.controllers();
 }
 
 ViewController *PopupController::topViewController() const
 {
-    return m_controllers->top();
+    return d->controllers.top();
 }
 
 void PopupController::pushViewController(ViewController *controller, bool animated)
 {
-    m_controllers->push(controller);
+    d->controllers.push(controller);
     showTop(animated);
 }
 
 void PopupController::presentInViewController(ViewController *presenting)
 {
-    if (m_container)
+    if (d->container)
         return;
     QWidget *window = presenting->view()->window();
 
-    if (!m_background) {
-        m_background = new QWidget;
+    if (!d->background) {
+        d->background = new QWidget;
         // Kept in the palette so that a caller can change the dimming colour.
-        QPalette palette = m_background->palette();
+        QPalette palette = d->background->palette();
         palette.setColor(QPalette::Window, QColor::fromRgbF(0, 0, 0, 0.5f));
-        m_background->setPalette(palette);
-        m_background->setAutoFillBackground(true);
+        d->background->setPalette(palette);
+        d->background->setAutoFillBackground(true);
     }
-    const QRect frame = m_background->geometry();
-    m_background->setParent(window);
-    m_background->setGeometry(frame);
+    const QRect frame = d->background->geometry();
+    d->background->setParent(window);
+    d->background->setGeometry(frame);
 
-    m_container = new PopupCard(m_cornerRadius, window);
-    m_bar = new PopupNavigationBar(m_container);
-    m_bar->setVisible(!m_barHidden);
-    m_content = new QWidget(m_container);
-    m_controllers->setBar(m_bar);
+    d->container = new PopupCard(d->cornerRadius, window);
+    d->bar = new PopupNavigationBar(d->container);
+    d->bar->setVisible(!d->barHidden);
+    d->content = new QWidget(d->container);
+    d->controllers.setBar(d->bar);
 
     window->installEventFilter(this);
     connect(&Screen::mainScreen(), &Screen::boundsChanged, this, &PopupController::layoutCard);
@@ -132,10 +148,10 @@ void PopupController::presentInViewController(ViewController *presenting)
     showTop(false);
     ViewController *top = topViewController();
     top->viewWillAppear(false);
-    m_background->raise();
-    m_background->show();
-    m_container->raise();
-    m_container->show();
+    d->background->raise();
+    d->background->show();
+    d->container->raise();
+    d->container->show();
     top->viewDidAppear(false);
 }
 
@@ -143,10 +159,10 @@ void PopupController::dismiss()
 {
     const bool wasPresented = isPresented();
     // Out of sight now; they go with this controller.
-    if (m_background)
-        m_background->hide();
-    if (m_container)
-        m_container->hide();
+    if (d->background)
+        d->background->hide();
+    if (d->container)
+        d->container->hide();
     if (wasPresented)
         Q_EMIT dismissed();
     deleteLater();
@@ -154,52 +170,52 @@ void PopupController::dismiss()
 
 bool PopupController::isPresented() const
 {
-    return m_container && !m_container->isHidden();
+    return d->container && !d->container->isHidden();
 }
 
 void PopupController::setNavigationBarHidden(bool hidden, bool)
 {
-    m_barHidden = hidden;
-    if (m_bar)
-        m_bar->setVisible(!hidden);
+    d->barHidden = hidden;
+    if (d->bar)
+        d->bar->setVisible(!hidden);
     layoutCard();
 }
 
 bool PopupController::isNavigationBarHidden() const
 {
-    return m_barHidden;
+    return d->barHidden;
 }
 
 QWidget *PopupController::backgroundView() const
 {
-    return m_background;
+    return d->background;
 }
 
 QWidget *PopupController::containerView() const
 {
-    return m_container;
+    return d->container;
 }
 
 PopupNavigationBar *PopupController::navigationBar() const
 {
-    return m_bar;
+    return d->bar;
 }
 
 double PopupController::cornerRadius() const
 {
-    return m_cornerRadius;
+    return d->cornerRadius;
 }
 
 void PopupController::setCornerRadius(double radius)
 {
-    m_cornerRadius = radius;
-    if (m_container)
-        static_cast<PopupCard *>(m_container.data())->setRadius(radius);
+    d->cornerRadius = radius;
+    if (d->container)
+        static_cast<PopupCard *>(d->container.data())->setRadius(radius);
 }
 
 bool PopupController::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::Resize && m_container && watched == m_container->parentWidget())
+    if (event->type() == QEvent::Resize && d->container && watched == d->container->parentWidget())
         layoutCard();
     return QObject::eventFilter(watched, event);
 }
@@ -207,41 +223,41 @@ bool PopupController::eventFilter(QObject *watched, QEvent *event)
 void PopupController::layoutCard()
 {
     ViewController *top = topViewController();
-    if (!m_container || !top)
+    if (!d->container || !top)
         return;
-    const QWidget *window = m_container->parentWidget();
-    if (m_background)
-        m_background->setGeometry(window->rect());
+    const QWidget *window = d->container->parentWidget();
+    if (d->background)
+        d->background->setGeometry(window->rect());
 
     QSize content = top->contentSizeInPopup();
     // A controller with no landscape size keeps its portrait one.
     if (Screen::mainScreen().orientation() == InterfaceOrientation::Landscape
         && !top->landscapeContentSizeInPopup().isEmpty())
         content = top->landscapeContentSizeInPopup();
-    const int barHeight = m_barHidden ? 0 : NavigationBar::height;
+    const int barHeight = d->barHidden ? 0 : NavigationBar::height;
 
     const QSize card(content.width(), content.height() + barHeight);
-    m_container->setGeometry(QRect(
+    d->container->setGeometry(QRect(
             QPoint((window->width() - card.width()) / 2, (window->height() - card.height()) / 2),
             card));
-    m_bar->setGeometry(0, 0, content.width(), barHeight);
-    m_content->setGeometry(0, barHeight, content.width(), content.height());
+    d->bar->setGeometry(0, 0, content.width(), barHeight);
+    d->content->setGeometry(0, barHeight, content.width(), content.height());
     if (top->isViewLoaded())
-        top->view()->setGeometry(m_content->rect());
+        top->view()->setGeometry(d->content->rect());
 }
 
 void PopupController::showTop(bool animated)
 {
-    if (!m_container)
+    if (!d->container)
         return;
-    m_controllers->showTop(animated, isPresented(), [this](QWidget *view) {
+    d->controllers.showTop(animated, isPresented(), [this](QWidget *view) {
         // The controllers below keep their views in the card, out of sight.
         for (ViewController *controller : viewControllers()) {
             if (controller->isViewLoaded() && controller->view() != view)
                 controller->view()->hide();
         }
-        if (view->parentWidget() != m_content)
-            view->setParent(m_content);
+        if (view->parentWidget() != d->content)
+            view->setParent(d->content);
         layoutCard();
         view->show();
     });
@@ -249,15 +265,15 @@ void PopupController::showTop(bool animated)
 
 void PopupController::setBackgroundView(QWidget *view)
 {
-    if (m_container || !view)
+    if (d->container || !view)
         return; // the background of a card on screen stays
-    delete m_background.data();
-    m_background = view;
+    delete d->background.data();
+    d->background = view;
 }
 
 ViewController *PopupController::popViewControllerAnimated(bool animated)
 {
-    ViewController *popped = m_controllers->pop();
+    ViewController *popped = d->controllers.pop();
     if (popped)
         showTop(animated);
     return popped;

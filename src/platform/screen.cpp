@@ -5,16 +5,26 @@
 
 namespace bvt {
 
+class Screen::Private
+{
+public:
+    QSize phoneSize;
+};
+
 Screen &Screen::mainScreen()
 {
     static Screen screen;
     return screen;
 }
 
+Screen::Screen() : d(std::make_unique<Private>()) { }
+
+Screen::~Screen() = default;
+
 QRect Screen::bounds() const
 {
-    if (!m_phoneSize.isEmpty())
-        return QRect(QPoint(0, 0), m_phoneSize);
+    if (!d->phoneSize.isEmpty())
+        return QRect(QPoint(0, 0), d->phoneSize);
     // Without an application there is no screen to ask.
     const QScreen *primary = QGuiApplication::primaryScreen();
     return primary ? QRect(QPoint(0, 0), primary->geometry().size()) : QRect();
@@ -23,7 +33,7 @@ QRect Screen::bounds() const
 void Screen::setPhoneSize(const QSize &size)
 {
     const QRect before = bounds();
-    m_phoneSize = size;
+    d->phoneSize = size;
     const QRect after = bounds();
     if (after != before)
         Q_EMIT boundsChanged(after);

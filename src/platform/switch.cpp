@@ -12,8 +12,13 @@ constexpr int thumbInset = 2;
 
 } // namespace
 
-Switch::Switch(QWidget *parent)
-    : QAbstractButton(parent), m_onTint(QColor::fromRgbF(0.3, 0.85, 0.39))
+class Switch::Private
+{
+public:
+    QColor onTint = QColor::fromRgbF(0.3, 0.85, 0.39);
+};
+
+Switch::Switch(QWidget *parent) : QAbstractButton(parent), d(std::make_unique<Private>())
 {
     setCheckable(true);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
@@ -22,6 +27,8 @@ Switch::Switch(QWidget *parent)
     // keyboard, click()), never from setChecked: exactly when valueChanged is due.
     connect(this, &QAbstractButton::clicked, this, &Switch::valueChanged);
 }
+
+Switch::~Switch() = default;
 
 bool Switch::isOn() const
 {
@@ -36,12 +43,12 @@ void Switch::setOn(bool on, bool animated)
 
 QColor Switch::onTintColor() const
 {
-    return m_onTint;
+    return d->onTint;
 }
 
 void Switch::setOnTintColor(const QColor &color)
 {
-    m_onTint = color;
+    d->onTint = color;
     update();
 }
 
@@ -63,7 +70,7 @@ void Switch::paintEvent(QPaintEvent *)
     const double radius = track.height() / 2;
     if (isOn()) {
         painter.setPen(Qt::NoPen);
-        painter.setBrush(m_onTint);
+        painter.setBrush(d->onTint);
         painter.drawRoundedRect(track, radius, radius);
     } else {
         painter.setPen(QPen(QColor::fromRgbF(0.9, 0.9, 0.92), 1.5));

@@ -6,43 +6,56 @@
 
 namespace bvt {
 
-TabBarController::TabBarController(QObject *parent) : ViewController(parent) { }
+class TabBarController::Private
+{
+public:
+    QList<ViewController *> controllers;
+    int selected = -1;
+    QStackedWidget *stack = nullptr;
+    QTabBar *tabs = nullptr;
+};
+
+TabBarController::TabBarController(QObject *parent)
+    : ViewController(parent), d(std::make_unique<Private>())
+{ }
+
+TabBarController::~TabBarController() = default;
 
 QList<ViewController *> TabBarController::viewControllers() const
 {
-    return m_controllers;
+    return d->controllers;
 }
 
 void TabBarController::setViewControllers(const QList<ViewController *> &controllers)
 {
-    m_controllers = controllers;
+    d->controllers = controllers;
     for (ViewController *controller : controllers)
         controller->setParent(this);
-    m_selected = controllers.isEmpty() ? -1 : 0;
+    d->selected = controllers.isEmpty() ? -1 : 0;
     if (isViewLoaded())
         fillTabs();
 }
 
 ViewController *TabBarController::selectedViewController() const
 {
-    return m_controllers.value(m_selected);
+    return d->controllers.value(d->selected);
 }
 
 int TabBarController::selectedIndex() const
 {
-    return m_selected;
+    return d->selected;
 }
 
 void TabBarController::setSelectedIndex(int index)
 {
-    if (index < 0 || index >= m_controllers.size())
+    if (index < 0 || index >= d->controllers.size())
         return;
-    m_selected = index;
+    d->selected = index;
     if (!isViewLoaded())
         return;
-    const QSignalBlocker quiet(m_tabs);
-    m_tabs->setCurrentIndex(index);
-    m_stack->setCurrentWidget(m_controllers.at(index)->view());
+    const QSignalBlocker quiet(d->tabs);
+    d->tabs->setCurrentIndex(index);
+    d->stack->setCurrentWidget(d->controllers.at(index)->view());
 }
 
 void TabBarController::viewWillAppear(bool animated)
@@ -63,13 +76,14 @@ void TabBarController::loadView()
     auto *layout = new QVBoxLayout(view);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    m_stack = new QStackedWidget(view);
-    m_tabs = new QTabBar(view);
-    m_tabs->setShape(QTabBar::RoundedSouth);
-    m_tabs->setExpanding(true);
-    layout->addWidget(m_stack);
-    layout->addWidget(m_tabs);
-    connect(m_tabs, &QTabBar::currentChanged, this, [this](int index) { setSelectedIndex(index); });
+    d->stack = new QStackedWidget(view);
+    d->tabs = new QTabBar(view);
+    d->tabs->setShape(QTabBar::RoundedSouth);
+    d->tabs->setExpanding(true);
+    layout->addWidget(d->stack);
+    layout->addWidget(d->tabs);
+    connect(d->tabs, &QTabBar::currentChanged, this,
+            [this](int index) { setSelectedIndex(index); });
     setView(view);
     fillTabs();
 }
@@ -77,16 +91,16 @@ void TabBarController::loadView()
 void TabBarController::fillTabs()
 {
     // Quiet, or the first tab added would report itself selected and replace the selection.
-    const QSignalBlocker quiet(m_tabs);
-    while (m_tabs->count() > 0)
-        m_tabs->removeTab(0);
-    while (m_stack->count() > 0)
-        m_stack->removeWidget(m_stack->widget(0));
-    for (ViewController *controller : std::as_const(m_controllers)) {
-        m_stack->addWidget(controller->view());
-        m_tabs->addTab(controller->title());
+    const QSignalBlocker quiet(d->tabs);
+    while (d->tabs->count() > 0)
+        d->tabs->removeTab(0);
+    while (d->stack->count() > 0)
+        d->stack->removeWidget(d->stack->widget(0));
+    for (ViewController *controller : std::as_const(d->controllers)) {
+        d->stack->addWidget(controller->view());
+        d->tabs->addTab(controller->title());
     }
-    setSelectedIndex(m_selected);
+    setSelectedIndex(d->selected);
 }
 
 } // namespace bvt

@@ -82,40 +82,64 @@ private:
     TableView *m_table;
 };
 
+// A section's place in the content, from the delegate's heights.
+struct Section
+{
+    double top = 0, header = 0, footer = 0;
+    QList<double> rowTops, rowHeights;
+};
+
 } // namespace
 
+class TableViewCell::Private
+{
+public:
+    Private(const QString &reuseIdentifier, TableViewCell *cell)
+        : reuseIdentifier(reuseIdentifier), contentView(new QWidget(cell))
+    { }
+
+    const QString reuseIdentifier;
+    QWidget *const contentView;
+    QWidget *accessoryView = nullptr;
+    SelectionStyle selectionStyle = SelectionStyle::Default;
+    QMargins layoutMargins;
+    bool selected = false;
+};
+
 TableViewCell::TableViewCell(Style style, const QString &reuseIdentifier, QWidget *parent)
-    : QWidget(parent), m_reuseIdentifier(reuseIdentifier), m_contentView(new QWidget(this))
+    : QWidget(parent), d(std::make_unique<Private>(reuseIdentifier, this))
 {
     Q_UNUSED(style); // both styles look alike here: the screens fill the content view themselves
     layoutAccessory();
 }
 
+TableViewCell::~TableViewCell() = default;
+
 QString TableViewCell::reuseIdentifier() const
 {
-    return m_reuseIdentifier;
+    return d->reuseIdentifier;
 }
 
 QWidget *TableViewCell::contentView() const
 {
-    return m_contentView;
+    return d->contentView;
 }
 
 QWidget *TableViewCell::accessoryView() const
 {
-    return m_accessoryView;
+    return d->accessoryView;
 }
 
 void TableViewCell::setAccessoryView(QWidget *view)
 {
-    if (view == m_accessoryView)
+    if (view == d->accessoryView)
         return;
-    if (m_accessoryView) {
+    if (d->accessoryView) {
         // Later, not now: the old accessory may be the very control whose signal got us here.
-        m_accessoryView->hide();
-        m_accessoryView->deleteLater();
+        d->accessoryView->hide();
+        d->accessoryView->deleteLater();
     }
-    m_accessoryView = view;
+    d->accessoryView = view;
     if (view) {
         view->setParent(this);
         view->show();
@@ -125,36 +149,36 @@ void TableViewCell::setAccessoryView(QWidget *view)
 
 TableViewCell::SelectionStyle TableViewCell::selectionStyle() const
 {
-    return m_selectionStyle;
+    return d->selectionStyle;
 }
 
 void TableViewCell::setSelectionStyle(SelectionStyle style)
 {
-    m_selectionStyle = style;
+    d->selectionStyle = style;
     update();
 }
 
 QMargins TableViewCell::layoutMargins() const
 {
-    return m_layoutMargins;
+    return d->layoutMargins;
 }
 
 void TableViewCell::setLayoutMargins(const QMargins &margins)
 {
-    m_layoutMargins = margins;
+    d->layoutMargins = margins;
     layoutAccessory();
 }
 
 bool TableViewCell::isSelected() const
 {
-    return m_selected;
+    return d->selected;
 }
 
 void TableViewCell::setSelected(bool selected)
 {
-    if (selected == m_selected)
+    if (selected == d->selected)
         return;
-    m_selected = selected;
+    d->selected = selected;
     update();
 }
 
@@ -173,7 +197,7 @@ void TableViewCell::mouseReleaseEvent(QMouseEvent *event)
 void TableViewCell::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
-    const bool highlighted = m_selected && m_selectionStyle == SelectionStyle::Default;
+    const bool highlighted = d->selected && d->selectionStyle == SelectionStyle::Default;
     painter.fillRect(event->rect(), highlighted ? selectedBackground() : QColor(Qt::white));
 }
 
@@ -185,20 +209,39 @@ void TableViewCell::resizeEvent(QResizeEvent *)
 void TableViewCell::layoutAccessory()
 {
     int contentWidth = width();
-    if (m_accessoryView) {
+    if (d->accessoryView) {
         const int margin =
-                m_layoutMargins.right() > 0 ? m_layoutMargins.right() : defaultAccessoryMargin;
-        const QSize size = m_accessoryView->sizeHint();
+                d->layoutMargins.right() > 0 ? d->layoutMargins.right() : defaultAccessoryMargin;
+        const QSize size = d->accessoryView->sizeHint();
         const int x = width() - margin - size.width();
-        m_accessoryView->setGeometry(x, (height() - size.height()) / 2, size.width(),
-                                     size.height());
+        d->accessoryView->setGeometry(x, (height() - size.height()) / 2, size.width(),
+                                      size.height());
         contentWidth = qMax(0, x);
     }
-    m_contentView->setGeometry(0, 0, contentWidth, height());
+    d->contentView->setGeometry(0, 0, contentWidth, height());
 }
 
+class TableView::Private
+{
+public:
+    explicit Private(Style style) : style(style) { }
+
+    const Style style;
+    TableViewDataSource *dataSource = nullptr;
+    TableViewDelegate *delegate = nullptr;
+    QList<Section> sections;
+    double contentHeight = 0;
+    QMap<IndexPath, TableViewCell *> visibleCells;
+    QHash<int, QWidget *> visibleHeaders;
+    QHash<QString, QList<TableViewCell *>> pool;
+    QList<IndexPath> selected;
+    QMargins separatorInset{15, 0, 0, 0};
+    QMargins layoutMargins;
+    int cellsCreated = 0;
+};
+
 TableView::TableView(Style style, QWidget *parent)
-    : QAbstractScrollArea(parent), m_style(style), m_separatorInset(15, 0, 0, 0)
+    : QAbstractScrollArea(parent), d(std::make_unique<Private>(style))
 {
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -218,35 +261,35 @@ TableView::~TableView()
 {
     // Visible cells and headers are the viewport's children and go with it; pooled cells are
     // hidden children too, but the pool is what owns them.
-    for (const QList<TableViewCell *> &cells : std::as_const(m_pool))
+    for (const QList<TableViewCell *> &cells : std::as_const(d->pool))
         qDeleteAll(cells);
 }
 
 TableView::Style TableView::tableStyle() const
 {
-    return m_style;
+    return d->style;
 }
 
 void TableView::setDataSource(TableViewDataSource *dataSource)
 {
-    m_dataSource = dataSource;
+    d->dataSource = dataSource;
     reloadData();
 }
 
 void TableView::setDelegate(TableViewDelegate *delegate)
 {
-    m_delegate = delegate;
+    d->delegate = delegate;
     // Heights and headers come from the delegate: what was laid out without it is stale.
-    if (m_dataSource)
+    if (d->dataSource)
         reloadData();
 }
 
 void TableView::reloadData()
 {
     // With no sections nothing is in view, so every cell and header leaves by the usual rules.
-    m_sections.clear();
+    d->sections.clear();
     layoutVisible(false); // every visible cell stays pooled for the rows asked for again
-    m_selected.clear();
+    d->selected.clear();
     recomputeGeometry();
     layoutVisible();
     viewport()->update();
@@ -254,9 +297,9 @@ void TableView::reloadData()
 
 TableViewCell *TableView::dequeueReusableCellWithIdentifier(const QString &identifier)
 {
-    const auto pooled = m_pool.find(identifier);
-    if (pooled == m_pool.end() || pooled->isEmpty()) {
-        ++m_cellsCreated;
+    const auto pooled = d->pool.find(identifier);
+    if (pooled == d->pool.end() || pooled->isEmpty()) {
+        ++d->cellsCreated;
         return nullptr;
     }
     return pooled->takeLast();
@@ -264,49 +307,49 @@ TableViewCell *TableView::dequeueReusableCellWithIdentifier(const QString &ident
 
 int TableView::numberOfSections() const
 {
-    return int(m_sections.size());
+    return int(d->sections.size());
 }
 
 int TableView::numberOfRowsInSection(int section) const
 {
-    return section >= 0 && section < m_sections.size() ? int(m_sections[section].rowTops.size())
-                                                       : 0;
+    return section >= 0 && section < d->sections.size() ? int(d->sections[section].rowTops.size())
+                                                        : 0;
 }
 
 QRectF TableView::rectForRowAtIndexPath(const IndexPath &indexPath) const
 {
     if (indexPath.row < 0 || indexPath.row >= numberOfRowsInSection(indexPath.section))
         return QRectF();
-    const Section &section = m_sections[indexPath.section];
+    const Section &section = d->sections[indexPath.section];
     return QRectF(0, section.rowTops[indexPath.row], viewport()->width(),
                   section.rowHeights[indexPath.row]);
 }
 
 QRectF TableView::rectForHeaderInSection(int section) const
 {
-    if (section < 0 || section >= m_sections.size())
+    if (section < 0 || section >= d->sections.size())
         return QRectF();
-    return QRectF(0, m_sections[section].top, viewport()->width(), m_sections[section].header);
+    return QRectF(0, d->sections[section].top, viewport()->width(), d->sections[section].header);
 }
 
 double TableView::contentHeight() const
 {
-    return m_contentHeight;
+    return d->contentHeight;
 }
 
 TableViewCell *TableView::cellForRowAtIndexPath(const IndexPath &indexPath) const
 {
-    return m_visibleCells.value(indexPath);
+    return d->visibleCells.value(indexPath);
 }
 
 QList<IndexPath> TableView::indexPathsForVisibleRows() const
 {
-    return m_visibleCells.keys();
+    return d->visibleCells.keys();
 }
 
 QWidget *TableView::headerViewForSection(int section) const
 {
-    return m_visibleHeaders.value(section);
+    return d->visibleHeaders.value(section);
 }
 
 void TableView::scrollToRowAtIndexPath(const IndexPath &indexPath)
@@ -328,54 +371,54 @@ double TableView::contentOffset() const
 
 QMargins TableView::separatorInset() const
 {
-    return m_separatorInset;
+    return d->separatorInset;
 }
 
 void TableView::setSeparatorInset(const QMargins &inset)
 {
-    m_separatorInset = inset;
+    d->separatorInset = inset;
     viewport()->update();
 }
 
 QMargins TableView::layoutMargins() const
 {
-    return m_layoutMargins;
+    return d->layoutMargins;
 }
 
 void TableView::setLayoutMargins(const QMargins &margins)
 {
-    m_layoutMargins = margins;
+    d->layoutMargins = margins;
 }
 
 void TableView::selectRowAtIndexPath(const IndexPath &indexPath)
 {
     if (indexPath.row < 0 || indexPath.row >= numberOfRowsInSection(indexPath.section))
         return;
-    const auto at = std::lower_bound(m_selected.begin(), m_selected.end(), indexPath);
-    if (at == m_selected.end() || !(*at == indexPath))
-        m_selected.insert(at, indexPath);
-    if (TableViewCell *cell = m_visibleCells.value(indexPath))
+    const auto at = std::lower_bound(d->selected.begin(), d->selected.end(), indexPath);
+    if (at == d->selected.end() || !(*at == indexPath))
+        d->selected.insert(at, indexPath);
+    if (TableViewCell *cell = d->visibleCells.value(indexPath))
         cell->setSelected(true);
-    if (m_delegate)
-        m_delegate->didSelectRowAtIndexPath(this, indexPath);
+    if (d->delegate)
+        d->delegate->didSelectRowAtIndexPath(this, indexPath);
 }
 
 void TableView::deselectRowAtIndexPath(const IndexPath &indexPath, bool animated)
 {
     Q_UNUSED(animated); // the highlight goes at once
-    m_selected.removeOne(indexPath);
-    if (TableViewCell *cell = m_visibleCells.value(indexPath))
+    d->selected.removeOne(indexPath);
+    if (TableViewCell *cell = d->visibleCells.value(indexPath))
         cell->setSelected(false);
 }
 
 QList<IndexPath> TableView::indexPathsForSelectedRows() const
 {
-    return m_selected;
+    return d->selected;
 }
 
 int TableView::cellsCreated() const
 {
-    return m_cellsCreated;
+    return d->cellsCreated;
 }
 
 void TableView::resizeEvent(QResizeEvent *)
@@ -394,7 +437,7 @@ void TableView::scrollContentsBy(int, int)
 void TableView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(viewport());
-    painter.fillRect(event->rect(), m_style == Style::Grouped ? groupedBackground() : Qt::white);
+    painter.fillRect(event->rect(), d->style == Style::Grouped ? groupedBackground() : Qt::white);
 }
 
 void TableView::layoutVisible(bool trimPool)
@@ -409,11 +452,11 @@ void TableView::layoutVisible(bool trimPool)
     // What intersects the view, found by bisection so that a scroll costs O(visible rows).
     QList<IndexPath> rows;
     QList<int> headers;
-    const auto after = std::upper_bound(m_sections.cbegin(), m_sections.cend(), viewTop,
+    const auto after = std::upper_bound(d->sections.cbegin(), d->sections.cend(), viewTop,
                                         [](double y, const Section &s) { return y < s.top; });
-    for (auto s = after == m_sections.cbegin() ? after : after - 1;
-         s != m_sections.cend() && s->top < viewBottom; ++s) {
-        const int section = int(s - m_sections.cbegin());
+    for (auto s = after == d->sections.cbegin() ? after : after - 1;
+         s != d->sections.cend() && s->top < viewBottom; ++s) {
+        const int section = int(s - d->sections.cbegin());
         if (intersects(s->top, s->header, viewTop, viewBottom))
             headers.append(section);
         const auto rowAfter = std::upper_bound(s->rowTops.cbegin(), s->rowTops.cend(), viewTop);
@@ -426,18 +469,18 @@ void TableView::layoutVisible(bool trimPool)
     }
 
     // Rows leaving first, so that the rows entering find their cells in the pool.
-    for (auto it = m_visibleCells.begin(); it != m_visibleCells.end();) {
+    for (auto it = d->visibleCells.begin(); it != d->visibleCells.end();) {
         if (std::binary_search(rows.cbegin(), rows.cend(), it.key())) {
             ++it;
             continue;
         }
         TableViewCell *cell = it.value();
-        it = m_visibleCells.erase(it);
+        it = d->visibleCells.erase(it);
         cell->disconnect(this);
         cell->hide();
-        m_pool[cell->reuseIdentifier()].append(cell);
+        d->pool[cell->reuseIdentifier()].append(cell);
     }
-    for (auto it = m_visibleHeaders.begin(); it != m_visibleHeaders.end();) {
+    for (auto it = d->visibleHeaders.begin(); it != d->visibleHeaders.end();) {
         if (headers.contains(it.key())) {
             ++it;
             continue;
@@ -446,18 +489,18 @@ void TableView::layoutVisible(bool trimPool)
             header->hide();
             header->deleteLater();
         }
-        it = m_visibleHeaders.erase(it);
+        it = d->visibleHeaders.erase(it);
     }
 
     for (const IndexPath &indexPath : std::as_const(rows)) {
-        const Section &section = m_sections[indexPath.section];
+        const Section &section = d->sections[indexPath.section];
         const QRect geometry =
                 pixels(section.rowTops[indexPath.row], section.rowHeights[indexPath.row]);
-        if (TableViewCell *cell = m_visibleCells.value(indexPath)) {
+        if (TableViewCell *cell = d->visibleCells.value(indexPath)) {
             cell->setGeometry(geometry);
             continue;
         }
-        TableViewCell *cell = m_dataSource->cellForRowAtIndexPath(this, indexPath);
+        TableViewCell *cell = d->dataSource->cellForRowAtIndexPath(this, indexPath);
         if (!cell) {
             qCWarning(lcPlatform) << "no cell for row" << indexPath.row << "of section"
                                   << indexPath.section;
@@ -466,19 +509,19 @@ void TableView::layoutVisible(bool trimPool)
         if (cell->parentWidget() != viewport())
             cell->setParent(viewport());
         cell->setGeometry(geometry);
-        cell->setSelected(std::binary_search(m_selected.cbegin(), m_selected.cend(), indexPath));
+        cell->setSelected(std::binary_search(d->selected.cbegin(), d->selected.cend(), indexPath));
         connect(cell, &TableViewCell::tapped, this, [this, cell] {
-            const auto visible = std::find(m_visibleCells.cbegin(), m_visibleCells.cend(), cell);
-            if (visible != m_visibleCells.cend())
+            const auto visible = std::find(d->visibleCells.cbegin(), d->visibleCells.cend(), cell);
+            if (visible != d->visibleCells.cend())
                 selectRowAtIndexPath(visible.key());
         });
-        m_visibleCells.insert(indexPath, cell);
+        d->visibleCells.insert(indexPath, cell);
         cell->show();
     }
 
     // The pool is trimmed only now, after the entering rows took their cells from it.
     if (trimPool) {
-        for (QList<TableViewCell *> &pool : m_pool) {
+        for (QList<TableViewCell *> &pool : d->pool) {
             while (pool.size() > poolLimit) {
                 // Not at once: the cell may be in the middle of emitting tapped.
                 pool.takeFirst()->deleteLater();
@@ -487,17 +530,17 @@ void TableView::layoutVisible(bool trimPool)
     }
 
     for (int section : std::as_const(headers)) {
-        auto header = m_visibleHeaders.find(section);
-        if (header == m_visibleHeaders.end()) {
+        auto header = d->visibleHeaders.find(section);
+        if (header == d->visibleHeaders.end()) {
             QWidget *view =
-                    m_delegate ? m_delegate->viewForHeaderInSection(this, section) : nullptr;
+                    d->delegate ? d->delegate->viewForHeaderInSection(this, section) : nullptr;
             // Kept even when null, so that a section without a header view is asked only once.
-            header = m_visibleHeaders.insert(section, view);
+            header = d->visibleHeaders.insert(section, view);
             if (view && view->parentWidget() != viewport())
                 view->setParent(viewport());
         }
         if (QWidget *view = header.value()) {
-            view->setGeometry(pixels(m_sections[section].top, m_sections[section].header));
+            view->setGeometry(pixels(d->sections[section].top, d->sections[section].header));
             view->show();
         }
     }
@@ -506,8 +549,8 @@ void TableView::layoutVisible(bool trimPool)
 void TableView::recomputeGeometry()
 {
     TableViewDelegate defaults;
-    TableViewDelegate *delegate = m_delegate ? m_delegate : &defaults;
-    const int count = m_dataSource ? qMax(0, m_dataSource->numberOfSectionsInTableView(this)) : 0;
+    TableViewDelegate *delegate = d->delegate ? d->delegate : &defaults;
+    const int count = d->dataSource ? qMax(0, d->dataSource->numberOfSectionsInTableView(this)) : 0;
     QList<Section> sections(count);
     double y = 0;
     for (int s = 0; s < count; ++s) {
@@ -515,7 +558,7 @@ void TableView::recomputeGeometry()
         section.top = y;
         section.header = qMax(0.0, delegate->heightForHeaderInSection(this, s));
         y += section.header;
-        const int rows = qMax(0, m_dataSource->numberOfRowsInSection(this, s));
+        const int rows = qMax(0, d->dataSource->numberOfRowsInSection(this, s));
         section.rowTops.reserve(rows);
         section.rowHeights.reserve(rows);
         for (int r = 0; r < rows; ++r) {
@@ -527,14 +570,14 @@ void TableView::recomputeGeometry()
         section.footer = qMax(0.0, delegate->heightForFooterInSection(this, s));
         y += section.footer;
     }
-    m_sections = std::move(sections);
-    m_contentHeight = y;
+    d->sections = std::move(sections);
+    d->contentHeight = y;
 
     // Set last: a shorter range moves the offset, and the scroll that follows lays out the new
     // sections.
     QScrollBar *bar = verticalScrollBar();
     bar->setPageStep(viewport()->height());
-    bar->setRange(0, qMax(0, qCeil(m_contentHeight) - viewport()->height()));
+    bar->setRange(0, qMax(0, qCeil(d->contentHeight) - viewport()->height()));
 }
 
 } // namespace bvt

@@ -22,43 +22,55 @@ Container *containerOf(const ViewController *controller)
 
 } // namespace
 
-ViewController::ViewController(QObject *parent) : QObject(parent) { }
+class ViewController::Private
+{
+public:
+    QWidget *view = nullptr;
+    NavigationItem navigationItem;
+    QPointer<ViewController> presented;
+    QPointer<ViewController> presenting;
+    QSize contentSizeInPopup;
+    QSize landscapeContentSizeInPopup;
+};
+
+ViewController::ViewController(QObject *parent)
+    : QObject(parent), d(std::make_unique<Private>()) { }
 
 ViewController::~ViewController()
 {
-    delete m_view;
+    delete d->view;
 }
 
 QWidget *ViewController::view()
 {
-    if (!m_view) {
+    if (!d->view) {
         loadView();
         viewDidLoad();
     }
-    return m_view;
+    return d->view;
 }
 
 bool ViewController::isViewLoaded() const
 {
-    return m_view != nullptr;
+    return d->view != nullptr;
 }
 
 QString ViewController::title() const
 {
-    return m_navigationItem.title;
+    return d->navigationItem.title;
 }
 
 void ViewController::setTitle(const QString &title)
 {
-    if (m_navigationItem.title == title)
+    if (d->navigationItem.title == title)
         return;
-    m_navigationItem.title = title;
+    d->navigationItem.title = title;
     Q_EMIT titleChanged(title);
 }
 
 NavigationItem &ViewController::navigationItem()
 {
-    return m_navigationItem;
+    return d->navigationItem;
 }
 
 NavigationController *ViewController::navigationController() const
@@ -73,19 +85,19 @@ PopupController *ViewController::popupController() const
 
 ViewController *ViewController::presentedViewController() const
 {
-    return m_presented;
+    return d->presented;
 }
 
 ViewController *ViewController::presentingViewController() const
 {
-    return m_presenting;
+    return d->presenting;
 }
 
 void ViewController::presentViewController(ViewController *controller, bool animated)
 {
     controller->setParent(this);
-    m_presented = controller;
-    controller->m_presenting = this;
+    d->presented = controller;
+    controller->d->presenting = this;
 
     QWidget *window = view()->window();
     QWidget *presentedView = controller->view();
@@ -102,37 +114,37 @@ void ViewController::presentViewController(ViewController *controller, bool anim
 void ViewController::dismissViewController(bool animated)
 {
     // Like on the phone, a presented controller asks its presenter to dismiss it.
-    if (!m_presented) {
-        if (m_presenting)
-            m_presenting->dismissViewController(animated);
+    if (!d->presented) {
+        if (d->presenting)
+            d->presenting->dismissViewController(animated);
         return;
     }
-    ViewController *presented = m_presented;
-    m_presented = nullptr;
-    presented->m_presenting = nullptr;
-    if (presented->m_view)
-        presented->m_view->hide(); // and deleted with its controller
+    ViewController *presented = d->presented;
+    d->presented = nullptr;
+    presented->d->presenting = nullptr;
+    if (presented->d->view)
+        presented->d->view->hide(); // and deleted with its controller
     presented->deleteLater();
 }
 
 QSize ViewController::contentSizeInPopup() const
 {
-    return m_contentSizeInPopup;
+    return d->contentSizeInPopup;
 }
 
 void ViewController::setContentSizeInPopup(const QSize &size)
 {
-    m_contentSizeInPopup = size;
+    d->contentSizeInPopup = size;
 }
 
 QSize ViewController::landscapeContentSizeInPopup() const
 {
-    return m_landscapeContentSizeInPopup;
+    return d->landscapeContentSizeInPopup;
 }
 
 void ViewController::setLandscapeContentSizeInPopup(const QSize &size)
 {
-    m_landscapeContentSizeInPopup = size;
+    d->landscapeContentSizeInPopup = size;
 }
 
 void ViewController::viewWillAppear(bool) { }
@@ -157,12 +169,12 @@ void ViewController::viewDidLoad() { }
 
 void ViewController::setView(QWidget *view)
 {
-    m_view = view;
+    d->view = view;
     view->installEventFilter(this);
     // A container's widget may delete the view before this controller goes.
     connect(view, &QObject::destroyed, this, [this, view] {
-        if (m_view == view)
-            m_view = nullptr;
+        if (d->view == view)
+            d->view = nullptr;
     });
 }
 
@@ -172,13 +184,13 @@ bool ViewController::eventFilter(QObject *watched, QEvent *event)
         return QObject::eventFilter(watched, event);
     const auto *resize = static_cast<QResizeEvent *>(event);
     // A view not yet shown reports no old size: that is its first layout, not a turn.
-    if (watched == m_view && !resize->oldSize().isEmpty() && !resize->size().isEmpty()) {
+    if (watched == d->view && !resize->oldSize().isEmpty() && !resize->size().isEmpty()) {
         const InterfaceOrientation from = Screen::orientationOf(resize->oldSize());
         if (from != Screen::orientationOf(resize->size()))
             didRotateFromInterfaceOrientation(from);
     }
-    if (m_presented && m_presented->m_view && watched == m_presented->m_view->parentWidget())
-        m_presented->m_view->setGeometry(QRect(QPoint(0, 0), resize->size()));
+    if (d->presented && d->presented->d->view && watched == d->presented->d->view->parentWidget())
+        d->presented->d->view->setGeometry(QRect(QPoint(0, 0), resize->size()));
     return QObject::eventFilter(watched, event);
 }
 

@@ -17,55 +17,62 @@ QPointer<Window> &current()
 
 } // namespace
 
-Window::Window(QObject *parent) : QObject(parent), m_widget(new QWidget)
+class Window::Private
 {
-    auto *layout = new QVBoxLayout(m_widget);
+public:
+    QWidget *const widget = new QWidget;
+    QPointer<ViewController> root;
+};
+
+Window::Window(QObject *parent) : QObject(parent), d(std::make_unique<Private>())
+{
+    auto *layout = new QVBoxLayout(d->widget);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     // The screen sets the window's size, whatever its content asks for.
     layout->setSizeConstraint(QLayout::SetNoConstraint);
-    m_widget->resize(Screen::mainScreen().bounds().size());
+    d->widget->resize(Screen::mainScreen().bounds().size());
     connect(&Screen::mainScreen(), &Screen::boundsChanged, this,
-            [this](const QRect &bounds) { m_widget->resize(bounds.size()); });
+            [this](const QRect &bounds) { d->widget->resize(bounds.size()); });
 }
 
 Window::~Window()
 {
     // The root first, so that it takes its view (and the views presented over it) itself.
-    delete m_root.data();
-    delete m_widget;
+    delete d->root.data();
+    delete d->widget;
 }
 
 void Window::setRootViewController(ViewController *root)
 {
-    if (root == m_root)
+    if (root == d->root)
         return;
-    delete m_root.data();
-    m_root = root;
+    delete d->root.data();
+    d->root = root;
     if (!root)
         return;
     root->setParent(this);
-    m_widget->layout()->addWidget(root->view());
+    d->widget->layout()->addWidget(root->view());
 }
 
 ViewController *Window::rootViewController() const
 {
-    return m_root;
+    return d->root;
 }
 
 QWidget *Window::widget() const
 {
-    return m_widget;
+    return d->widget;
 }
 
 void Window::show()
 {
     current() = this;
-    if (m_root)
-        m_root->viewWillAppear(false);
-    m_widget->show();
-    if (m_root)
-        m_root->viewDidAppear(false);
+    if (d->root)
+        d->root->viewWillAppear(false);
+    d->widget->show();
+    if (d->root)
+        d->root->viewDidAppear(false);
 }
 
 Window *Window::keyWindow()

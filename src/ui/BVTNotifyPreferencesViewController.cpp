@@ -96,8 +96,16 @@ private:
 
 } // namespace
 
+class BVTNotifyPreferencesViewController::Private
+{
+public:
+    bvt::TableView *tableView = nullptr;
+    QAction *doneButton = nullptr;
+    bvt::PreferenceDocument document;
+};
+
 BVTNotifyPreferencesViewController::BVTNotifyPreferencesViewController(QObject *parent)
-    : bvt::ViewController(parent), m_document(std::make_unique<bvt::PreferenceDocument>())
+    : bvt::ViewController(parent), d(std::make_unique<Private>())
 {
     // The context of the QML page, so that both screens share one translation.
     setTitle(QCoreApplication::translate("PreferencesPage", "Notifications"));
@@ -114,22 +122,22 @@ BVTNotifyPreferencesViewController *BVTNotifyPreferencesViewController::initInPo
     screen->setLandscapeContentSizeInPopup(
             QSize(bounds.height() - bvt::popupcard::screenMargin,
                   bounds.width() - bvt::preferences::popupLandscapeMargin));
-    screen->m_doneButton =
+    screen->d->doneButton =
             new QAction(QCoreApplication::translate("PreferencesPage", "Done"), screen);
-    connect(screen->m_doneButton, &QAction::triggered, screen,
+    connect(screen->d->doneButton, &QAction::triggered, screen,
             [screen] { screen->didClickDone(); });
-    screen->navigationItem().rightBarButtonItem = screen->m_doneButton;
+    screen->navigationItem().rightBarButtonItem = screen->d->doneButton;
     return screen;
 }
 
 bvt::TableView *BVTNotifyPreferencesViewController::tableView() const
 {
-    return m_tableView;
+    return d->tableView;
 }
 
 QAction *BVTNotifyPreferencesViewController::doneButton() const
 {
-    return m_doneButton;
+    return d->doneButton;
 }
 
 QWidget *BVTNotifyPreferencesViewController::activityIndicatorView() const
@@ -139,19 +147,19 @@ QWidget *BVTNotifyPreferencesViewController::activityIndicatorView() const
 
 QVariantList BVTNotifyPreferencesViewController::tableData() const
 {
-    return m_document->decoded();
+    return d->document.decoded();
 }
 
 void BVTNotifyPreferencesViewController::viewDidLoad()
 {
     bvt::ViewController::viewDidLoad();
-    m_document->clear();
-    m_tableView = new bvt::TableView(bvt::TableView::Style::Grouped, view());
-    m_tableView->setGeometry(0, 0, view()->width(), view()->height());
-    m_tableView->setDelegate(this);
-    m_tableView->setDataSource(this);
-    m_tableView->setSeparatorInset(bvt::preferences::margins);
-    m_tableView->setLayoutMargins(bvt::preferences::margins);
+    d->document.clear();
+    d->tableView = new bvt::TableView(bvt::TableView::Style::Grouped, view());
+    d->tableView->setGeometry(0, 0, view()->width(), view()->height());
+    d->tableView->setDelegate(this);
+    d->tableView->setDataSource(this);
+    d->tableView->setSeparatorInset(bvt::preferences::margins);
+    d->tableView->setLayoutMargins(bvt::preferences::margins);
 
     auto *spinner = new bvt::ActivityIndicatorView(view());
     spinner->setCenter(QPoint(view()->width() / 2, bvt::preferences::spinnerCentreY));
@@ -185,7 +193,7 @@ void BVTNotifyPreferencesViewController::viewDidAppear(bool)
 
 void BVTNotifyPreferencesViewController::relayoutTable()
 {
-    m_tableView->setGeometry(0, 0, view()->width(), view()->height());
+    d->tableView->setGeometry(0, 0, view()->width(), view()->height());
 }
 
 void BVTNotifyPreferencesViewController::didRotateFromInterfaceOrientation(
@@ -202,19 +210,19 @@ void BVTNotifyPreferencesViewController::didClickDone()
 
 void BVTNotifyPreferencesViewController::loadTableWithData(const QVariantList &data)
 {
-    m_document->append(data);
-    m_tableView->reloadData();
+    d->document.append(data);
+    d->tableView->reloadData();
     relayoutTable();
 }
 
 int BVTNotifyPreferencesViewController::numberOfSectionsInTableView(bvt::TableView *)
 {
-    return int(m_document->categories().size());
+    return int(d->document.categories().size());
 }
 
 int BVTNotifyPreferencesViewController::numberOfRowsInSection(bvt::TableView *, int section)
 {
-    return int(m_document->categories().value(section).preferences.size());
+    return int(d->document.categories().value(section).preferences.size());
 }
 
 bvt::TableViewCell *
@@ -225,7 +233,7 @@ BVTNotifyPreferencesViewController::cellForRowAtIndexPath(bvt::TableView *tableV
     if (bvt::TableViewCell *reused = tableView->dequeueReusableCellWithIdentifier(cellIdentifier))
         return reused;
 
-    const bvt::PreferenceCategory category = m_document->categories().value(indexPath.section);
+    const bvt::PreferenceCategory category = d->document.categories().value(indexPath.section);
     const bvt::Preference preference = category.preferences.value(indexPath.row);
 
     auto *cell = new bvt::TableViewCell(bvt::TableViewCell::Style::Subtitle, cellIdentifier);
@@ -264,7 +272,7 @@ QWidget *BVTNotifyPreferencesViewController::viewForHeaderInSection(bvt::TableVi
                        bvt::preferences::headerLabelHeight);
     label->setFont(bvt::preferences::boldFont());
     bvt::preferences::setTextColor(label, bvt::preferences::headerTextColor);
-    label->setText(m_document->categories().value(section).name);
+    label->setText(d->document.categories().value(section).name);
 
     // Along the header's lower edge, just outside it, over the top of the section's first row.
     new LineBelow(header, bvt::preferences::hairlineColor, bvt::preferences::hairlineThickness);

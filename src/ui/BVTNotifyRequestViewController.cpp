@@ -45,6 +45,21 @@ void RequestCardView::noThanksButtonTapped()
     m_controller->noThanksButtonTapped();
 }
 
+class BVTNotifyRequestViewController::Private
+{
+public:
+    QColor popupColor;
+    QPixmap popupIcon;
+    QString popupHeader;
+    QString popupSubHeader;
+    QLabel *alertIcon = nullptr;
+    QLabel *headerLabel = nullptr;
+    QLabel *subheaderLabel = nullptr;
+    QPushButton *keepMeUpdatedButton = nullptr;
+    QPushButton *customizeButton = nullptr;
+    QPushButton *noThanksButton = nullptr;
+};
+
 BVTNotifyRequestViewController::BVTNotifyRequestViewController()
     : BVTNotifyRequestViewController(
             BVTNotify::defaultNotificationColor(), BVTNotify::defaultNotificationIcon(),
@@ -55,6 +70,7 @@ BVTNotifyRequestViewController::BVTNotifyRequestViewController(const QColor &col
                                                                const QPixmap &icon,
                                                                const QString &header,
                                                                const QString &subHeader)
+    : d(std::make_unique<Private>())
 {
     // The preferences screen's title, and so its translation.
     setTitle(QCoreApplication::translate("PreferencesPage", "Notifications"));
@@ -62,23 +78,25 @@ BVTNotifyRequestViewController::BVTNotifyRequestViewController(const QColor &col
     setContentSizeInPopup(QSize(bounds.width() - bvt::popupcard::screenMargin, portraitHeight));
     setLandscapeContentSizeInPopup(
             QSize(bounds.height() - bvt::popupcard::screenMargin, landscapeHeight));
-    m_popupColor = color;
-    m_popupIcon = icon;
-    m_popupHeader = header;
-    m_popupSubHeader = subHeader;
+    d->popupColor = color;
+    d->popupIcon = icon;
+    d->popupHeader = header;
+    d->popupSubHeader = subHeader;
 }
+
+BVTNotifyRequestViewController::~BVTNotifyRequestViewController() = default;
 
 void BVTNotifyRequestViewController::loadView()
 {
     auto *view = new RequestCardView(this);
     Ui::BVTNotifyRequestViewController form;
     form.setupUi(view);
-    m_alertIcon = form.alertIcon;
-    m_headerLabel = form.headerLabel;
-    m_subheaderLabel = form.subheaderLabel;
-    m_keepMeUpdatedButton = form.keepMeUpdatedButton;
-    m_customizeButton = form.customizeButton;
-    m_noThanksButton = form.noThanksButton;
+    d->alertIcon = form.alertIcon;
+    d->headerLabel = form.headerLabel;
+    d->subheaderLabel = form.subheaderLabel;
+    d->keepMeUpdatedButton = form.keepMeUpdatedButton;
+    d->customizeButton = form.customizeButton;
+    d->noThanksButton = form.noThanksButton;
     view->setAutoFillBackground(true);
     QPalette palette = view->palette();
     palette.setColor(QPalette::Window, Qt::white);
@@ -94,27 +112,27 @@ void BVTNotifyRequestViewController::viewWillAppear(bool animated)
     if (popupController())
         popupController()->setNavigationBarHidden(true, false);
     view(); // the outlets
-    const QString color = cssColor(m_popupColor);
-    m_alertIcon->setStyleSheet(
+    const QString color = cssColor(d->popupColor);
+    d->alertIcon->setStyleSheet(
             QStringLiteral("background-color: %1; color: white; border-radius: 36px;").arg(color));
-    m_headerLabel->setStyleSheet(QStringLiteral("color: %1;").arg(color));
-    m_headerLabel->setText(m_popupHeader);
-    m_subheaderLabel->setText(m_popupSubHeader);
-    m_keepMeUpdatedButton->setText(
+    d->headerLabel->setStyleSheet(QStringLiteral("color: %1;").arg(color));
+    d->headerLabel->setText(d->popupHeader);
+    d->subheaderLabel->setText(d->popupSubHeader);
+    d->keepMeUpdatedButton->setText(
             QCoreApplication::translate("PermissionCard", "Keep Me Updated"));
-    m_keepMeUpdatedButton->setStyleSheet(
+    d->keepMeUpdatedButton->setStyleSheet(
             QStringLiteral("QPushButton { background-color: %1; color: white; border: none;"
                            " border-radius: 4px; font-weight: bold; }")
                     .arg(color));
-    m_customizeButton->setText(
+    d->customizeButton->setText(
             QCoreApplication::translate("PermissionCard", "Customize Notifications"));
-    m_customizeButton->setStyleSheet(
+    d->customizeButton->setStyleSheet(
             QStringLiteral("QPushButton { color: %1; background: white; border: %2px solid %1;"
                            " border-radius: 4px; font-weight: bold; }")
                     .arg(color)
                     .arg(customizeBorderWidth));
-    m_noThanksButton->setText(QCoreApplication::translate("PermissionCard", "No Thanks"));
-    m_noThanksButton->setStyleSheet(
+    d->noThanksButton->setText(QCoreApplication::translate("PermissionCard", "No Thanks"));
+    d->noThanksButton->setStyleSheet(
             QStringLiteral("QPushButton { color: %1; background: transparent; border: none; }")
                     .arg(noThanksColor.name()));
 }
@@ -147,70 +165,70 @@ void BVTNotifyRequestViewController::didClickDone()
 
 QColor BVTNotifyRequestViewController::popupColor() const
 {
-    return m_popupColor;
+    return d->popupColor;
 }
 
 void BVTNotifyRequestViewController::setPopupColor(const QColor &color)
 {
-    m_popupColor = color;
+    d->popupColor = color;
 }
 
 QPixmap BVTNotifyRequestViewController::popupIcon() const
 {
-    return m_popupIcon;
+    return d->popupIcon;
 }
 
 void BVTNotifyRequestViewController::setPopupIcon(const QPixmap &icon)
 {
-    m_popupIcon = icon;
+    d->popupIcon = icon;
 }
 
 QString BVTNotifyRequestViewController::popupHeader() const
 {
-    return m_popupHeader;
+    return d->popupHeader;
 }
 
 void BVTNotifyRequestViewController::setPopupHeader(const QString &header)
 {
-    m_popupHeader = header;
+    d->popupHeader = header;
 }
 
 QString BVTNotifyRequestViewController::popupSubHeader() const
 {
-    return m_popupSubHeader;
+    return d->popupSubHeader;
 }
 
 void BVTNotifyRequestViewController::setPopupSubHeader(const QString &subHeader)
 {
-    m_popupSubHeader = subHeader;
+    d->popupSubHeader = subHeader;
 }
 
 QLabel *BVTNotifyRequestViewController::alertIcon() const
 {
-    return m_alertIcon;
+    return d->alertIcon;
 }
 
 QLabel *BVTNotifyRequestViewController::headerLabel() const
 {
-    return m_headerLabel;
+    return d->headerLabel;
 }
 
 QLabel *BVTNotifyRequestViewController::subheaderLabel() const
 {
-    return m_subheaderLabel;
+    return d->subheaderLabel;
 }
 
 QPushButton *BVTNotifyRequestViewController::keepMeUpdatedButton() const
 {
-    return m_keepMeUpdatedButton;
+    return d->keepMeUpdatedButton;
 }
 
 QPushButton *BVTNotifyRequestViewController::customizeButton() const
 {
-    return m_customizeButton;
+    return d->customizeButton;
 }
 
 QPushButton *BVTNotifyRequestViewController::noThanksButton() const
 {
-    return m_noThanksButton;
+    return d->noThanksButton;
 }

@@ -1,23 +1,34 @@
 #include <Brevanti/BVTNotifySwitch.h>
 
-BVTNotifySwitch::BVTNotifySwitch(QWidget *parent) : bvt::Switch(parent) { }
+class BVTNotifySwitch::Private
+{
+public:
+    QString category;
+    QString preference;
+};
+
+BVTNotifySwitch::BVTNotifySwitch(QWidget *parent)
+    : bvt::Switch(parent), d(std::make_unique<Private>())
+{ }
+
+BVTNotifySwitch::~BVTNotifySwitch() = default;
 
 QString BVTNotifySwitch::category() const
 {
-    return m_category;
+    return d->category;
 }
 
 void BVTNotifySwitch::setCategory(const QString &category)
 {
-    m_category = category;
+    d->category = category;
 }
 
 QString BVTNotifySwitch::preference() const
 {
-    return m_preference;
+    return d->preference;
 }
 
 void BVTNotifySwitch::setPreference(const QString &preference)
 {
-    m_preference = preference;
+    d->preference = preference;
 }

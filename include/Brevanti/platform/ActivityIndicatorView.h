@@ -7,6 +7,8 @@
 
 #include <QWidget>
 
+#include <memory>
+
 namespace bvt {
 
 /// A spinning activity indicator, grey.
@@ -15,6 +17,7 @@ class BREVANTI_WIDGETS_EXPORT ActivityIndicatorView : public QWidget
     Q_OBJECT
 public:
     explicit ActivityIndicatorView(QWidget *parent = nullptr); ///< 20 x 20
+    ~ActivityIndicatorView() override;
 
     /// Turns the spinner until stopAnimating; still while it is stopped.
     ///@{
@@ -34,8 +37,8 @@ protected:
     void timerEvent(QTimerEvent *event) override;
 
 private:
-    int m_timer = 0;
-    int m_step = 0;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

@@ -7,6 +7,8 @@
 
 #include <Brevanti/platform/PushRegistrationHandler.h>
 
+#include <memory>
+
 namespace bvt {
 
 /// The running application as the library sees it.
@@ -15,6 +17,8 @@ class BREVANTI_CORE_EXPORT Application
 public:
     /// The one application object.
     static Application &sharedApplication();
+    Application();
+    ~Application();
 
     /// The host installs its handler at launch; the library does not take ownership, and nullptr
     /// removes it. Without a handler the requests go nowhere.
@@ -31,7 +35,8 @@ public:
     ///@}
 
 private:
-    PushRegistrationHandler *m_pushHandler = nullptr;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

@@ -11,6 +11,8 @@
 #include <QFont>
 #include <QWidget>
 
+#include <memory>
+
 class QLabel;
 class QToolButton;
 
@@ -25,6 +27,7 @@ public:
 
     /// A white bar with a bold title and no button.
     explicit NavigationBar(QWidget *parent = nullptr);
+    ~NavigationBar() override;
 
     void setItem(const NavigationItem &item); ///< title and right button of the top controller
     /// The title shown.
@@ -44,9 +47,8 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    QLabel *m_title;
-    QToolButton *m_right;
-    QColor m_barTint;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

@@ -16,8 +16,6 @@ class QStackedWidget;
 
 namespace bvt {
 
-class ControllerStack;
-
 /// A stack of controllers under a navigation bar; the top one's view fills the rest.
 class BREVANTI_WIDGETS_EXPORT NavigationController : public ViewController
 {
@@ -47,11 +45,11 @@ protected:
     void loadView() override;
 
 private:
+    class Private;
+
     void showTop(bool animated);
 
-    std::unique_ptr<ControllerStack> m_controllers;
-    NavigationBar *m_bar = nullptr;
-    QStackedWidget *m_pages = nullptr;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

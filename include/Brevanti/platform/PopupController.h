@@ -16,8 +16,6 @@
 
 namespace bvt {
 
-class ControllerStack;
-
 /// A card over a dimmed background, in the middle of the presenting controller's view, with its own
 /// navigation bar and stack of controllers. The card is sized by the top controller's
 /// contentSizeInPopup (portrait) or landscapeContentSizeInPopup (landscape main screen), plus the
@@ -65,18 +63,13 @@ Q_SIGNALS:
     void dismissed();
 
 private:
+    class Private;
+
     bool eventFilter(QObject *watched, QEvent *event) override;
     void layoutCard();
     void showTop(bool animated);
 
-    std::unique_ptr<ControllerStack> m_controllers;
-    // In the presenting window once presented, which may take them with it when it goes first.
-    QPointer<QWidget> m_background;
-    QPointer<QWidget> m_container;
-    QPointer<PopupNavigationBar> m_bar;
-    QPointer<QWidget> m_content;
-    bool m_barHidden = false;
-    double m_cornerRadius = 4;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

@@ -9,6 +9,8 @@
 #include <QRect>
 #include <QSize>
 
+#include <memory>
+
 namespace bvt {
 
 /// Which way a screen or a view is turned, told by its size.
@@ -25,6 +27,8 @@ class BREVANTI_WIDGETS_EXPORT Screen : public QObject
 public:
     /// The one screen.
     static Screen &mainScreen();
+    Screen();
+    ~Screen() override;
 
     QRect bounds() const;                     ///< origin (0, 0)
     void setPhoneSize(const QSize &size);     ///< an empty size goes back to the primary screen's
@@ -38,7 +42,8 @@ Q_SIGNALS:
     void boundsChanged(const QRect &bounds);
 
 private:
-    QSize m_phoneSize;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

@@ -8,6 +8,8 @@
 #include <QAbstractButton>
 #include <QColor>
 
+#include <memory>
+
 namespace bvt {
 
 /// A painted on/off control. valueChanged is emitted only when the user flips it, never for setOn.
@@ -17,6 +19,7 @@ class BREVANTI_WIDGETS_EXPORT Switch : public QAbstractButton
 public:
     /// An off switch with the phone's green as its on colour.
     explicit Switch(QWidget *parent = nullptr);
+    ~Switch() override;
 
     /// Whether the switch is on. Setting it emits no valueChanged; the thumb jumps, animated or
     /// not.
@@ -41,7 +44,8 @@ protected:
     bool hitButton(const QPoint &pos) const override;
 
 private:
-    QColor m_onTint;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

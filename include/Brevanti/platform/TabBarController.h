@@ -9,6 +9,8 @@
 
 #include <QList>
 
+#include <memory>
+
 class QStackedWidget;
 class QTabBar;
 
@@ -21,6 +23,7 @@ class BREVANTI_WIDGETS_EXPORT TabBarController : public ViewController
 public:
     /// A tab bar with no controllers.
     explicit TabBarController(QObject *parent = nullptr);
+    ~TabBarController() override;
 
     /// The controllers, one tab each; setting them selects the first.
     ///@{
@@ -43,12 +46,11 @@ protected:
     void loadView() override;
 
 private:
+    class Private;
+
     void fillTabs(); // pages and tabs for the controllers, the selected one shown
 
-    QList<ViewController *> m_controllers;
-    int m_selected = -1;
-    QStackedWidget *m_stack = nullptr;
-    QTabBar *m_tabs = nullptr;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

@@ -18,6 +18,8 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <memory>
+
 namespace bvt {
 
 /// A vertically scrolling list of sections, each a header, rows and a footer, laid out from the
@@ -97,26 +99,12 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    class Private;
+
     void layoutVisible(bool trimPool = true);
     void recomputeGeometry();
 
-    Style m_style;
-    TableViewDataSource *m_dataSource = nullptr;
-    TableViewDelegate *m_delegate = nullptr;
-    struct Section
-    {
-        double top = 0, header = 0, footer = 0;
-        QList<double> rowTops, rowHeights;
-    };
-    QList<Section> m_sections;
-    double m_contentHeight = 0;
-    QMap<IndexPath, TableViewCell *> m_visibleCells;
-    QHash<int, QWidget *> m_visibleHeaders;
-    QHash<QString, QList<TableViewCell *>> m_pool;
-    QList<IndexPath> m_selected;
-    QMargins m_separatorInset;
-    QMargins m_layoutMargins;
-    int m_cellsCreated = 0;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

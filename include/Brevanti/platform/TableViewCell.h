@@ -9,6 +9,8 @@
 #include <QString>
 #include <QWidget>
 
+#include <memory>
+
 namespace bvt {
 
 /// One row's widget. Cells are reused: a cell scrolled out of sight goes back to the table's pool
@@ -30,6 +32,7 @@ public:
 
     /// A white cell with an empty content view, to be found again by its reuse identifier.
     TableViewCell(Style style, const QString &reuseIdentifier, QWidget *parent = nullptr);
+    ~TableViewCell() override;
 
     /// The identifier the table pools the cell under.
     QString reuseIdentifier() const;
@@ -62,14 +65,11 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    class Private;
+
     void layoutAccessory();
 
-    QString m_reuseIdentifier;
-    QWidget *m_contentView;
-    QWidget *m_accessoryView = nullptr;
-    SelectionStyle m_selectionStyle = SelectionStyle::Default;
-    QMargins m_layoutMargins;
-    bool m_selected = false;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

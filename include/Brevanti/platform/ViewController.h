@@ -25,6 +25,8 @@
 #include <QSize>
 #include <QString>
 
+#include <memory>
+
 class QAction;
 class QWidget;
 
@@ -99,14 +101,11 @@ protected:
     void setView(QWidget *view); // for loadView overrides
 
 private:
+    class Private;
+
     bool eventFilter(QObject *watched, QEvent *event) override;
 
-    QWidget *m_view = nullptr;
-    NavigationItem m_navigationItem;
-    QPointer<ViewController> m_presented;
-    QPointer<ViewController> m_presenting;
-    QSize m_contentSizeInPopup;
-    QSize m_landscapeContentSizeInPopup;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

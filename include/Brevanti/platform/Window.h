@@ -10,6 +10,8 @@
 #include <QObject>
 #include <QPointer>
 
+#include <memory>
+
 class QWidget;
 
 namespace bvt {
@@ -34,8 +36,8 @@ public:
     static Window *keyWindow();
 
 private:
-    QWidget *m_widget;
-    QPointer<ViewController> m_root;
+    class Private;
+    const std::unique_ptr<Private> d;
 };
 
 } // namespace bvt

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <Brevanti/BVTManager.h>
+
+#include <QDateTime>
+#include <QString>
+
+// A manager's state, shared by the files that make up BVTManager.
+class BVTManager::Private
+{
+public:
+    void updateBasicCredentials();
+    bool holdsValidToken() const;
+
+    QString clientId;
+    QString clientSecret;
+    QString basicCredentials; // Base64 of "id:secret", kept with them: every GET logs it
+    QString origin;
+    QString accessToken;
+    QDateTime accessTokenExpires;
+    QString currentUser;
+};
