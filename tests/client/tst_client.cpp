@@ -11,15 +11,9 @@
 
 #include <Brevanti/BVT.h>
 
-#include <QJsonDocument>
-#include <QStandardPaths>
-#include <QTest>
-
-namespace {
+#include <QtTest>
 
 const QDateTime someInstant = QDateTime(QDate(2026, 3, 14), QTime(9, 26, 53), Qt::UTC);
-
-} // namespace
 
 // The service client: the token, the requests' bytes and log lines, the form encoding and how
 // answers are judged. Faults of the network and the service are the fault suite's.
@@ -44,8 +38,7 @@ private Q_SLOTS:
 
     void eachVerbSendsItsBytesAndLogLines_data();
     void eachVerbSendsItsBytesAndLogLines();
-    void bearerIsReadWhenTheRequestGoesOut();
-    void requestKeepsItsManagerAlive();
+    void requestKeepsItsManagerAndReadsTheBearerWhenItGoesOut();
 
 private:
     std::unique_ptr<LocalService> m_local;
@@ -54,18 +47,22 @@ private:
 
 void TestClient::initTestCase()
 {
+    QStandardPaths::setTestModeEnabled(true);
+    // A device registered before, so that each new manager leaves the service alone.
+    bvt::UserDefaults::standardUserDefaults().setObject("registered-device",
+                                                        "com.brevanti.ios.BVTDeviceId");
     m_local = std::make_unique<LocalService>();
+    m_log = std::make_unique<LogCapture>();
 }
 
 void TestClient::init()
 {
     m_local->reset();
-    m_log = std::make_unique<LogCapture>();
+    LogCapture::clear();
 }
 
 void TestClient::cleanup()
 {
-    m_log.reset();
     bvt::clock::setFixedNow({});
     m_local->routeLibraryHere();
 }
@@ -77,7 +74,6 @@ void TestClient::formEncoding_data()
     const auto row = [](const char *name, const BVTParameters &parameters, const char *encoded) {
         QTest::newRow(name) << parameters << QByteArray(encoded);
     };
-    row("nothing", {}, "");
     row("keys in ascending order", {{"scope", "s"}, {"b", "2"}, {"B", "3"}, {"a", "1"}},
         "B=3&a=1&b=2&scope=s");
     row("nesting, numbers",
@@ -86,9 +82,10 @@ void TestClient::formEncoding_data()
         "a[b][c]=d&user[f]=1.5&user[n]=42");
     row("arrays", {{"ids", QVariantList{"3", "1", "2"}}, {"x", "y"}},
         "ids[]=3&ids[]=1&ids[]=2&x=y");
-    row("reserved characters", {{"q", "a b&c=d+e;f,g:h@i#j$k!l'm(n)o*p[q]r%s"}},
-        "q=a%20b%26c%3Dd%2Be%3Bf%2Cg%3Ah%40i%23j%24k%21l%27m%28n%29o%2Ap%5Bq%5Dr%25s");
-    row("left as they are", {{"path", "a/b?c-d.e_f~g"}}, "path=a/b?c-d.e_f~g");
+    row("reserved characters, and the ones left as they are",
+        {{"q", "a b&c=d+e;f,g:h@i#j$k!l'm(n)o*p[q]r%s"}, {"r", "a/b?c-d.e_f~g"}},
+        "q=a%20b%26c%3Dd%2Be%3Bf%2Cg%3Ah%40i%23j%24k%21l%27m%28n%29o%2Ap%5Bq%5Dr%25s"
+        "&r=a/b?c-d.e_f~g");
     row("non-ascii", {{"näme", "Grüße 東京 🎉"}},
         "n%C3%A4me=Gr%C3%BC%C3%9Fe%20%E6%9D%B1%E4%BA%AC%20%F0%9F%8E%89");
     row("brackets inside a key are data", {{"a[b]", BVTParameters{{"c]", "1"}}}},
@@ -99,8 +96,7 @@ void TestClient::formEncoding_data()
 void TestClient::formEncoding()
 {
     QFETCH(BVTParameters, parameters);
-    QFETCH(QByteArray, encoded);
-    QCOMPARE(bvt::FormEncoder::encode(parameters), encoded);
+    QTEST(bvt::FormEncoder::encode(parameters), "encoded");
 }
 
 void TestClient::answersAreJudged_data()
@@ -120,7 +116,6 @@ void TestClient::answersAreJudged_data()
     row("299 array", 299, json, "[1]", nullptr);
     row("text/json", 201, "text/json", "[]", nullptr);
     row("text/javascript, charset", 200, "text/javascript; charset=utf-8", "{}", nullptr);
-    row("404 with JSON", 404, json, R"({"error":"not_found"})", R"({"error":"not_found"})");
     row("199", 199, json, "{}", "{}");
     row("300", 300, json, "{}", "{}");
     row("text/plain", 200, "text/plain", "{}", "{}");
@@ -168,14 +163,12 @@ void TestClient::tokenAnswerIsReadWithoutValidation_data()
         8200);
     row("fractions are cut", R"({"access_token":"t3","created_at":1000.9,"expires_in":-0.5})", "t3",
         1000);
-    row("members missing", "{}", nullptr, 0);
     row("wrong types", R"({"access_token":null,"created_at":[1],"expires_in":{"a":1}})", nullptr,
         0);
     row("token as a number", R"({"access_token":42,"created_at":true,"expires_in":"x"})", "42", 1);
     row("beyond 32 bits is clamped",
         R"({"access_token":"t4","created_at":1e12,"expires_in":"99999999999"})", "t4",
         qint64(2) * std::numeric_limits<qint32>::max());
-    row("an array", "[1,2]", nullptr, 0);
 }
 
 void TestClient::tokenAnswerIsReadWithoutValidation()
@@ -272,10 +265,9 @@ void TestClient::everyCallWithoutTokenFetchesOneOnTheServiceClock()
 
     QCOMPARE(manager->access_token_expires(), QDateTime::fromSecsSinceEpoch(8200, Qt::UTC));
     const QString expires = QStringLiteral("self.access_token_expires: 1970-01-01 02:16:40 +0000");
-    const QStringList lines = m_log->lines();
-    QCOMPARE(lines.size(), 4); // each fetch writes its token and expiry
-    QCOMPARE(lines.mid(2), QStringList({"self.access_token: " + manager->access_token(), expires}));
-    QCOMPARE(lines.at(1), expires);
+    // Each fetch writes its token and expiry.
+    QCOMPARE(m_log->lines().mid(1),
+             QStringList({expires, "self.access_token: " + manager->access_token(), expires}));
 }
 
 void TestClient::eachVerbSendsItsBytesAndLogLines_data()
@@ -299,7 +291,6 @@ void TestClient::eachVerbSendsItsBytesAndLogLines_data()
 void TestClient::eachVerbSendsItsBytesAndLogLines()
 {
     QFETCH(QByteArray, verb);
-    QFETCH(QByteArray, contentType);
     QFETCH(QString, path);
     QFETCH(QByteArray, query);
     QFETCH(QString, result);
@@ -320,7 +311,7 @@ void TestClient::eachVerbSendsItsBytesAndLogLines()
     QCOMPARE(request.method, verb);
     QCOMPARE(request.header("Authorization"), "Bearer " + manager->access_token().toUtf8());
     QCOMPARE(request.header("Accept"), QByteArray("application/vnd.brevanti.com;version=1"));
-    QCOMPARE(request.header("Content-Type"), contentType);
+    QTEST(request.header("Content-Type"), "contentType");
     QCOMPARE(request.query, query);
     QCOMPARE(request.body, query.isEmpty() ? QByteArray("a=1&b=x%20y") : QByteArray());
 
@@ -334,22 +325,12 @@ void TestClient::eachVerbSendsItsBytesAndLogLines()
     QCOMPARE(m_log->lines(), expected);
 }
 
-void TestClient::bearerIsReadWhenTheRequestGoesOut()
+// The request holds its manager until it ends, and reads the token only when it goes out: if the
+// token answer held none, it still goes, naming nil.
+void TestClient::requestKeepsItsManagerAndReadsTheBearerWhenItGoesOut()
 {
-    // If the token answer held no token, the request still goes out, naming nil.
     m_local->service().setFault("POST", "/oauth/token",
                                 {0, 200, R"({"created_at":0,"expires_in":0})", {}});
-    auto manager = newManager();
-    Outcomes outcomes;
-    call(manager, "GET", "/echo", {}, outcomes);
-    QCOMPARE(m_local->settledExchanges(), 2);
-    QCOMPARE(m_log->lines().value(2), "self.access_token: (null)");
-    QCOMPARE(m_local->requestsFor("/echo").first().header("Authorization"),
-             QByteArray("Bearer (null)"));
-}
-
-void TestClient::requestKeepsItsManagerAlive()
-{
     Outcomes outcomes;
     std::weak_ptr<BVTManager> watch;
     {
@@ -359,20 +340,13 @@ void TestClient::requestKeepsItsManagerAlive()
     }
     QVERIFY(!watch.expired());
     QCOMPARE(m_local->settledExchanges(), 2);
-    QCOMPARE(outcomes.answers.size(), 1);
-    QCOMPARE(outcomes.answers.first().toMap().value("form").toMap().value("k").toString(), "v");
+    QCOMPARE(outcomes.count(), 1);
+    QCOMPARE(m_log->lines().value(1), "self.access_token: (null)");
+    const bvtsim::RecordedRequest request = m_local->requestsFor("/echo").value(0);
+    QVERIFY(request.body == "k=v" && request.header("Authorization") == "Bearer (null)");
     QTRY_VERIFY(watch.expired());
 }
 
-int main(int argc, char **argv)
-{
-    QCoreApplication app(argc, argv);
-    QStandardPaths::setTestModeEnabled(true);
-    // A device registered before, so that each new manager leaves the service alone.
-    bvt::UserDefaults::standardUserDefaults().setObject(
-            QStringLiteral("registered-device"), QStringLiteral("com.brevanti.ios.BVTDeviceId"));
-    TestClient test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_GUILESS_MAIN(TestClient)
 
 #include "tst_client.moc"

@@ -6,17 +6,8 @@
 
 #include <Brevanti/BVT.h>
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QSettings>
-#include <QSignalSpy>
-#include <QSslKey>
-#include <QStandardPaths>
-#include <QTcpServer>
-#include <QTest>
-#include <QUuid>
+#include <QtNetwork>
+#include <QtTest>
 
 #include <csignal>
 #include <cstdio>
@@ -78,13 +69,14 @@ void TestFaults::initTestCase()
                                                 LocalService::clientSecret);
     QTRY_VERIFY(!m_store->currentDevice().isNull());
     QVERIFY(fetchToken(m_store));
+    m_log = std::make_unique<LogCapture>();
 }
 
 void TestFaults::init()
 {
     m_local->reset();
     m_elsewhere->clearRequests();
-    m_log = std::make_unique<LogCapture>();
+    LogCapture::clear();
     // Qt's warnings tell of misuse, such as reading a reply that was aborted.
     QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
 }
@@ -95,7 +87,6 @@ void TestFaults::cleanup()
     m_nowhere.reset();
     m_untrusted.reset();
     bvt::HttpClient::setTimeoutMs(bvt::HttpClient::defaultTimeoutMs);
-    m_log.reset();
 }
 
 void TestFaults::faultEndsInOneOutcome_data()
@@ -118,11 +109,9 @@ void TestFaults::faultEndsInOneOutcome_data()
          Expect::BodyText);
     rows("503 html", "GET", {0, 503, "<html>Service Unavailable</html>", "text/html"},
          Expect::BodyText);
-    rows("404 JSON", "POST", {0, 404, R"({"error":"not_found"})", {}}, Expect::BodyText);
     rows("200 not json", "PATCH", {0, 200, "this is not JSON", {}}, Expect::BodyText);
     rows("wrong content type", "GET", {0, 0, {}, "text/plain"}, Expect::BodyText);
     rows("slower than the time-out", "POST", {1500, 0, {}, {}}, Expect::NullText);
-    rows("truncated json", "PATCH", {0, 200, R"({"a":[1,2)", {}}, Expect::BodyText);
     bvtsim::Fault stalled{0, 200, R"({"cut":"here"}{"never":"sent"})", {}, false, true};
     stalled.stallAfterHalf = true; // the time-out ends it after half the body arrived
     rows("stalls mid-body", "GET", stalled, Expect::BodyText);
@@ -136,20 +125,13 @@ void TestFaults::faultEndsInOneOutcome_data()
     const QByteArray elsewhere = m_elsewhere->baseUrl().toEncoded() + "/echo";
     const auto redirect = [](int status, const QByteArray &location) {
         bvtsim::Fault fault{0, status, "moved", "text/html"};
-        if (!location.isNull())
-            fault.headers = {{"Location", location}};
+        fault.headers = {{"Location", location}};
         return fault;
     };
     rows("redirect 302 elsewhere", "GET", redirect(302, elsewhere), Expect::BodyText);
     rows("redirect 307 elsewhere", "POST", redirect(307, elsewhere), Expect::BodyText);
     rows("redirect 303 elsewhere", "PATCH", redirect(303, elsewhere), Expect::BodyText);
-    for (const int status : {301, 308})
-        QTest::addRow("GET redirect %d elsewhere", status)
-                << QByteArray("GET") << redirect(status, elsewhere) << QByteArray("service")
-                << Expect::BodyText;
     rows("redirect 302 same origin", "PATCH", redirect(302, "/echo"), Expect::BodyText);
-    QTest::addRow("POST redirect 302 without Location")
-            << QByteArray("POST") << redirect(302, {}) << QByteArray("service") << Expect::BodyText;
 
     // About 10 MB of JSON: an array of 1 KB objects.
     const QByteArray element = R"({"name":")" + QByteArray(1000, 'x') + R"("},)";
@@ -210,9 +192,8 @@ void TestFaults::faultEndsInOneOutcome()
     const int tokenRequests = int(m_local->requestsFor("/oauth/token").size());
     const int requests = int(m_local->service().requests().size()) - tokenRequests;
     const int reached = reach == "service" ? 1 : 0;
-    QCOMPARE(onToken ? tokenRequests : requests, reached);
-    if (onToken)
-        QCOMPARE(requests, 0);
+    QCOMPARE(tokenRequests, onToken ? reached : 0);
+    QCOMPARE(requests, onToken ? 0 : reached);
     if (m_untrusted)
         QCOMPARE(m_untrusted->requests().size(), 0);
     QCOMPARE(m_elsewhere->requests().size(), 0);
@@ -337,17 +318,15 @@ void TestFaults::unsendableTokenIsNoToken()
     QFETCH(bool, fromService);
 
     auto manager = newManager();
+    const QString text = QJsonDocument::fromJson("[\"" + token + "\"]").array().first().toString();
+    const QJsonObject answer{{"access_token", text},
+                             {"expires_in", 7200},
+                             {"created_at", QDateTime::currentSecsSinceEpoch()}};
     if (fromService) {
-        m_local->service().setFault(
-                "POST", "/oauth/token",
-                {0,
-                 200,
-                 R"({"access_token":")" + token + R"(","expires_in":7200,"created_at":)"
-                         + QByteArray::number(QDateTime::currentSecsSinceEpoch()) + "}",
-                 {}});
+        m_local->service().setFault("POST", "/oauth/token",
+                                    {0, 200, QJsonDocument(answer).toJson(), {}});
     } else {
-        const QJsonDocument document = QJsonDocument::fromJson("[\"" + token + "\"]");
-        manager->setAccess_token(document.array().first().toString());
+        manager->setAccess_token(text);
         manager->setAccess_token_expires(QDateTime::currentDateTimeUtc().addSecs(3600));
     }
     m_local->service().clearRequests();

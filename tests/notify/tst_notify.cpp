@@ -7,11 +7,7 @@
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QSettings>
-#include <QStandardPaths>
-#include <QTest>
+#include <QtTest>
 
 namespace {
 
@@ -32,15 +28,10 @@ class TestNotify : public QObject
 private Q_SLOTS:
     void initTestCase();
     void init();
-    void cleanup();
 
     void nothingIsSentWithoutADevice();
-    void tokenText_data();
-    void tokenText();
-    void enableStoresTheTokenOnceAcceptedAndBeforeSuccess();
-    void failedEnableKeepsTheEarlierToken_data();
-    void failedEnableKeepsTheEarlierToken();
-    void verifyLogsAKnownTokenAndNilKeysThrow();
+    void enableSendsTheTokenAndStoresItOnceAccepted_data();
+    void enableSendsTheTokenAndStoresItOnceAccepted();
     void changesGoToTheUserWhenAssignedAndFetchesToTheDevice();
     void everyChangeIsFollowedByOneVerify();
     void documentModelReadsTheFetchedDocument_data();
@@ -56,23 +47,21 @@ private:
 
 void TestNotify::initTestCase()
 {
+    QCoreApplication::setOrganizationName("BrevantiTests");
+    QStandardPaths::setTestModeEnabled(true);
     m_local = std::make_unique<LocalService>();
     QVERIFY(m_local->service().setCatalogue(catalogue));
     m_system.install();
+    m_log = std::make_unique<LogCapture>();
 }
 
 void TestNotify::init()
 {
-    QSettings().clear(); // the identifiers and the token
+    QTRY_VERIFY(m_local->nothingUnderWay()); // what an earlier test started has ended
+    QSettings().clear();                     // the identifiers and the token
     m_local->reset();
     m_system.clear();
-    m_log = std::make_unique<LogCapture>();
-}
-
-void TestNotify::cleanup()
-{
-    m_log.reset();
-    QTRY_VERIFY(m_local->nothingUnderWay()); // before the next test clears the store
+    LogCapture::clear();
 }
 
 void TestNotify::registerDevice()
@@ -103,102 +92,63 @@ void TestNotify::nothingIsSentWithoutADevice()
     BVT::assignDeviceToUser("u", outcomes.success(), outcomes.failure());
     BVT::assignDeviceToUser(QString()); // logged, not thrown
     BVT::unassignDevice(outcomes.success(), outcomes.failure());
-    const QStringList refusals(8, "You have not fired initWithLaunchOptions yet!");
-    QCOMPARE(m_log->lines(), refusals);
+    QCOMPARE(m_log->lines(), QStringList(8, "You have not fired initWithLaunchOptions yet!"));
     QTRY_VERIFY(m_local->nothingUnderWay());
     QCOMPARE(m_local->requestsFor("/devices").size(), 1); // sent and dropped, never again
-    for (const bvtsim::RecordedRequest &request : m_local->service().requests())
-        QVERIFY(request.path == "/oauth/token" || request.path == "/devices");
+    QCOMPARE(m_local->service().requests().size(), 2);    // and a token for it
     QCOMPARE(outcomes.count(), 0);
     QVERIFY(m_system.requests().isEmpty());
 }
 
-void TestNotify::tokenText_data()
+// The token goes as text (a string as it is, anything else as its bytes in hex) and is stored
+// only once the service accepted it, before success runs.
+void TestNotify::enableSendsTheTokenAndStoresItOnceAccepted_data()
 {
-    QTest::addColumn<QVariant>("token");
-    QTest::addColumn<QString>("text");
-
-    QTest::newRow("bytes") << QVariant(QByteArray("\x00\x0F\xAB\xFF", 4)) << "000FABFF";
-    QTest::newRow("string as it is") << QVariant("abc") << "abc";
-    QTest::newRow("nil") << QVariant() << "";
-    QTest::newRow("neither: read as bytes") << QVariant(42) << "3432";
-}
-
-void TestNotify::tokenText()
-{
-    QFETCH(QVariant, token);
-    QFETCH(QString, text);
-
-    QCOMPARE(BVTNotify::stringWithDeviceToken(token), text);
-    QVERIFY(!BVTNotify::stringWithDeviceToken(token).isNull());
-}
-
-void TestNotify::enableStoresTheTokenOnceAcceptedAndBeforeSuccess()
-{
-    registerDevice();
-    QVariant answer;
-    QString stored; // when success runs
-    BVTNotify::enableDevice(QByteArray("\xCA\xFE", 2), [&](const QVariant &response) {
-        answer = response;
-        stored = BVT::currentDeviceToken();
-    });
-    QTRY_VERIFY(m_local->nothingUnderWay());
-    QCOMPARE(stored, "CAFE");
-    QCOMPARE(answer.toMap()["device"].toMap()["push_token"].toString(), "CAFE");
-    QCOMPARE(m_local->requestsFor("/devices/enable").first().body,
-             "device[token]=CAFE&device[uuid]=" + BVT::currentDevice().toUtf8());
-    QCOMPARE(m_log->lines().first(), "Got device token CAFE");
-}
-
-void TestNotify::failedEnableKeepsTheEarlierToken_data()
-{
+    QTest::addColumn<QVariant>("token"); // as the system hands it over
+    QTest::addColumn<QString>("text");   // as sent
     QTest::addColumn<bvtsim::Fault>("fault");
+    const QVariant bytes = QByteArray("\xCA\xFE", 2);
     bvtsim::Fault dropped;
     dropped.dropConnection = true;
     bvtsim::Fault redirected{0, 302, "moved", "text/html"};
     redirected.headers = {{"Location", "/echo"}}; // a route that answers any method with 200
-    QTest::newRow("dropped") << dropped;
-    QTest::newRow("redirected") << redirected;
+    QTest::newRow("bytes") << bytes << "CAFE" << bvtsim::Fault();
+    QTest::newRow("string as it is") << QVariant("abc") << "abc" << bvtsim::Fault();
+    QTest::newRow("nil: empty, never absent") << QVariant() << "" << bvtsim::Fault();
+    QTest::newRow("neither: read as bytes") << QVariant(42) << "3432" << bvtsim::Fault();
+    QTest::newRow("dropped: the earlier kept") << bytes << "CAFE" << dropped;
+    QTest::newRow("redirected: the earlier kept") << bytes << "CAFE" << redirected;
 }
 
-void TestNotify::failedEnableKeepsTheEarlierToken()
+void TestNotify::enableSendsTheTokenAndStoresItOnceAccepted()
 {
+    QFETCH(QVariant, token);
+    QFETCH(QString, text);
     QFETCH(bvtsim::Fault, fault);
 
     registerDevice();
     BVT::setCurrentDeviceToken("EARLIER");
     m_local->service().setFault("PATCH", "/devices/enable", fault);
     Outcomes outcomes;
-    BVTNotify::enableDevice(QByteArray("\x01", 1), outcomes.success(), outcomes.failure());
+    QString stored; // when success runs
+    const auto success = [&](const QVariant &answer) {
+        outcomes.answers << answer;
+        stored = BVT::currentDeviceToken();
+    };
+    BVTNotify::enableDevice(token, success, outcomes.failure());
     QTRY_VERIFY(m_local->nothingUnderWay());
-    QCOMPARE(outcomes.texts.size(), 1);
-    QCOMPARE(outcomes.answers.size(), 0);
-    QCOMPARE(BVT::currentDeviceToken(), "EARLIER");
-    QCOMPARE(m_local->requestsFor("/devices/enable").size(), 1); // sent once, never followed
+    const bool accepted = fault.status == 0 && !fault.dropConnection;
+    QCOMPARE(stored, accepted ? text : QString());
+    QCOMPARE(outcomes.texts.size(), accepted ? 0 : 1);
+    QCOMPARE(outcomes.answers.value(0).toMap()["device"].toMap()["push_token"].toString(),
+             accepted ? text : QString());
+    QCOMPARE(BVT::currentDeviceToken(), accepted ? text : QString("EARLIER"));
+    const auto sent = m_local->requestsFor("/devices/enable"); // once, never followed
+    QCOMPARE(sent.size(), 1);
+    QCOMPARE(sent.first().body,
+             "device[token]=" + text.toUtf8() + "&device[uuid]=" + BVT::currentDevice().toUtf8());
     QVERIFY(m_local->requestsFor("/echo").isEmpty());
-}
-
-void TestNotify::verifyLogsAKnownTokenAndNilKeysThrow()
-{
-    BVTNotify::requestPushPermissions(); // asked for in any state, no device needed
-    QCOMPARE(m_system.requests(), QStringList({"settings:7", "remote"}));
-    QCOMPARE(m_log->lines(), QStringList{"requestPushPermissions"});
-
-    registerDevice();
-    BVT::setCurrentDeviceToken("00FF");
-    m_log->clear();
-    QVERIFY_THROWS_EXCEPTION(std::invalid_argument,
-                             BVTNotify::enablePreferenceWithCategory(QString(), "breaking"));
-    QVERIFY_THROWS_EXCEPTION(std::invalid_argument,
-                             BVTNotify::disablePreferenceWithCategory("news", QString()));
-    Outcomes outcomes;
-    BVTNotify::verifyPushEnabled(outcomes.success(), outcomes.failure());
-    BVTNotify::verifyPushEnabled(outcomes.success());
-    BVTNotify::verifyPushEnabled();
-    QCOMPARE(m_log->lines(), QStringList(3, "Verified token 00FF")); // none for what threw
-    QCOMPARE(m_system.remoteRegistrations(), 1);                     // the request above only
-    QVERIFY(m_local->nothingUnderWay());
-    QCOMPARE(outcomes.count(), 0);
+    QCOMPARE(m_log->linesStartingWith("Got"), QStringList{"Got device token " + text});
 }
 
 void TestNotify::changesGoToTheUserWhenAssignedAndFetchesToTheDevice()
@@ -220,23 +170,36 @@ void TestNotify::changesGoToTheUserWhenAssignedAndFetchesToTheDevice()
     QCOMPARE(m_local->requestsFor("/preferences").first().query, "device[uuid]=" + device.toUtf8());
 }
 
+// Every change is followed by one verify: without a token it asks for push permission, with one
+// it logs the token. Nil keys throw before anything is sent or verified.
 void TestNotify::everyChangeIsFollowedByOneVerify()
 {
+    BVTNotify::requestPushPermissions(); // asked for in any state, no device needed
+    QCOMPARE(m_system.requests(), QStringList({"settings:7", "remote"}));
+    QCOMPARE(m_log->lines(), QStringList{"requestPushPermissions"});
+
     registerDevice();
     m_local->service().setFault("PATCH", "/preferences/disable", {0, 500, {}, {}});
-    Outcomes outcomes;
-    // Without a token, verifying asks for push permission; a change that failed is verified too.
+    Outcomes outcomes; // a change that failed is verified too
     BVTNotify::disablePreferenceWithCategory("orders", "shipping", outcomes.success(),
                                              outcomes.failure());
     QTRY_VERIFY(m_local->nothingUnderWay());
-    QCOMPARE(m_system.remoteRegistrations(), 1);
-    BVT::setCurrentDeviceToken("AB");
+    QCOMPARE(m_system.remoteRegistrations(), 2);
+    BVT::setCurrentDeviceToken("00FF");
+    QVERIFY_THROWS_EXCEPTION(std::invalid_argument,
+                             BVTNotify::enablePreferenceWithCategory(QString(), "breaking"));
+    QVERIFY_THROWS_EXCEPTION(std::invalid_argument,
+                             BVTNotify::disablePreferenceWithCategory("news", QString()));
     BVTNotify::enablePreferenceWithCategory("news", "digest", outcomes.success());
+    BVTNotify::verifyPushEnabled(outcomes.success(), outcomes.failure()); // never called back
+    BVTNotify::verifyPushEnabled(outcomes.success());
+    BVTNotify::verifyPushEnabled();
     QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(m_log->linesStartingWith("Verified"), QStringList(4, "Verified token 00FF"));
+    QCOMPARE(m_system.remoteRegistrations(), 2);
     QCOMPARE(outcomes.texts.size(), 1);
     QCOMPARE(outcomes.answers.size(), 1);
-    QCOMPARE(m_system.remoteRegistrations(), 1);
-    QCOMPARE(m_log->linesStartingWith("Verified token"), QStringList{"Verified token AB"});
+    QCOMPARE(m_local->service().requests().size(), 2); // the two changes
     QCOMPARE(m_local->requestsFor("/preferences/enable").first().body,
              "category=news&device[uuid]=" + BVT::currentDevice().toUtf8() + "&preference=digest");
 }
@@ -287,19 +250,11 @@ void TestNotify::documentModelReadsTheFetchedDocument()
     // A second load is appended behind the first, as the screens show every fetch.
     bvt::PreferenceDocument model;
     model.append(decoded);
-    QCOMPARE(summary(model), read);
     model.append(decoded);
     QCOMPARE(summary(model), read + ' ' + read);
     QCOMPARE(model.decoded(), decoded + decoded);
 }
 
-int main(int argc, char **argv)
-{
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setOrganizationName("BrevantiTests");
-    QStandardPaths::setTestModeEnabled(true);
-    TestNotify test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_GUILESS_MAIN(TestNotify)
 
 #include "tst_notify.moc"

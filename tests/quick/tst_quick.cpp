@@ -1,5 +1,6 @@
-// The QML module in a QGuiApplication host: `import Brevanti`, the singleton's properties and
-// callbacks, the preferences model under a sectioned ListView, and the permission card in a Qt
+// The QML module in a QGuiApplication host: the widget screens that show nothing there,
+// `import Brevanti`, the singleton's properties and callbacks (and a C++ host's, tied to its
+// objects), the preferences model under a sectioned ListView, and the permission card in a Qt
 // Quick window, against the local service and the stand-in operating system.
 #include "localservice.h"
 #include "logcapture.h"
@@ -9,22 +10,8 @@
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
 
-#include <QAccessible>
-#include <QGuiApplication>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QMouseEvent>
-#include <QQmlComponent>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QSettings>
-#include <QSignalSpy>
-#include <QStandardPaths>
-#include <QTest>
-#include <QTimer>
-#include <QTranslator>
-#include <QtQml/qqmlextensionplugin.h>
+#include <QtQuick>
+#include <QtTest>
 
 // The module is a static plugin: the host imports it, as linking alone registers nothing.
 Q_IMPORT_QML_PLUGIN(BrevantiPlugin)
@@ -148,6 +135,13 @@ void TestQuick::initTestCase()
     connect(&m_system, &bvtstandin::StandInOperatingSystem::deviceTokenReceived,
             [](const QByteArray &token) { BVTNotify::enableDevice(token); });
     m_system.install();
+    // Until the module's singleton is made, the widget screens say so here and show nothing.
+    const char *line = "The library's screens need a QApplication (Qt Widgets); nothing is shown";
+    QTest::ignoreMessage(QtWarningMsg, line);
+    BVTNotify::requestCustomPreferences();
+    QTest::ignoreMessage(QtWarningMsg, line);
+    BVTNotify::openPreferencesWithNavigationController(nullptr);
+    QVERIFY(QGuiApplication::topLevelWindows().isEmpty());
     showPage();
 }
 
@@ -204,15 +198,13 @@ void TestQuick::identifierChangesReachBindings()
 {
     QFETCH(QString, code);
     QFETCH(QByteArray, property);
-    QFETCH(QString, value);
-    QFETCH(int, changes);
 
     m_recorded.clear();
     QSignalSpy spy(singleton(), "2" + property + "Changed()");
     run(code);
     QVERIFY(m_local->settledExchanges() >= 0);
-    QCOMPARE(spy.count(), changes);
-    QCOMPARE(m_page->property(property).toString(), value);
+    QTEST(int(spy.count()), "changes");
+    QTEST(m_page->property(property).toString(), "value");
     QCOMPARE(m_recorded.size(), int(code.contains("catch"))); // the refusal reached the page
 }
 
@@ -233,22 +225,38 @@ void TestQuick::callbacksGetTheAnswer()
 {
     QFETCH(bvtsim::Fault, fault);
     QFETCH(bool, engineGone);
-    QFETCH(QVariantList, recorded);
 
     m_local->reset();
     m_recorded.clear();
     m_local->service().setFault("GET", "/echo", fault);
     run(R"(Brevanti.getUrl("/echo", {device: {uuid: "a b"}},
                            answer => test.record(answer.query["device[uuid]"]), test.record))");
+    // A C++ host's callbacks tied to its screen, which closes with the engine. They use the screen
+    // as a host's lambda uses `this`: run after the delete, AddressSanitizer objects.
+    auto *screen = new QObject;
+    int runs = 0;
+    const auto answered = [screen, &runs](const auto &) {
+        screen->setObjectName("answered");
+        ++runs;
+    };
+    BVT::getUrl("/echo", {}, bvt::tiedTo(screen, answered), bvt::tiedTo(screen, answered));
     if (engineGone) {
         m_page.reset();
         m_engine.reset();
+        delete screen;
     }
     QVERIFY(m_local->settledExchanges() > 0);
-    QCOMPARE(m_local->requestsFor("/echo").first().query, "device[uuid]=a%20b");
-    QCOMPARE(m_recorded, recorded);
+    QByteArrayList queries; // each sent once, whether or not anyone still waits for the answer
+    for (const bvtsim::RecordedRequest &request : m_local->requestsFor("/echo"))
+        queries << request.query;
+    std::sort(queries.begin(), queries.end());
+    QCOMPARE(queries, QByteArrayList({"", "device[uuid]=a%20b"}));
+    QTEST(m_recorded, "recorded");
+    QCOMPARE(runs, engineGone ? 0 : 1);
     if (engineGone)
         showPage();
+    else
+        delete screen;
 }
 
 void TestQuick::modelListsEveryLoadInSections()

@@ -30,9 +30,8 @@ class tst_Sim : public QObject
         request.setHeader(QNetworkRequest::ContentTypeHeader, "application/x-www-form-urlencoded");
         request.setRawHeader("Authorization", auth);
         std::unique_ptr<QNetworkReply> reply(nam->post(request, body));
-        QSignalSpy finished(reply.get(), &QNetworkReply::finished);
-        if (!reply->isFinished())
-            finished.wait();
+        if (!QTest::qWaitFor([&reply] { return reply->isFinished(); }))
+            return {0, "no answer"};
         return {reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(),
                 reply->readAll()};
     }
@@ -125,7 +124,6 @@ void tst_Sim::connectionEnds_data()
             << 0 << post + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n"
             << bad;
     QTest::newRow("silent") << 100 << QByteArray() << QByteArray();
-    QTest::newRow("half a request") << 100 << get.left(20) << QByteArray();
     QTest::newRow("body cut short") << 100 << post + "Content-Length: 9\r\n\r\na=1" << QByteArray();
     QTest::newRow("answer held past it") // by a fault: the client is not the idle one
             << 100 << QByteArray(get).replace("/echo", "/slow") + close
@@ -136,14 +134,13 @@ void tst_Sim::connectionEnds()
 {
     QFETCH(int, idleMs);
     QFETCH(QByteArray, sent);
-    QFETCH(QByteArray, answer);
     service->setIdleTimeout(std::chrono::milliseconds(idleMs));
     service->setFault("GET", "/slow", Fault{300, 0, {}, {}});
     QTcpSocket socket;
     socket.connectToHost(QHostAddress::LocalHost, service->port());
     socket.write(sent.replace("BEARER", bearer));
     QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
-    QCOMPARE(socket.readAll().left(12), answer);
+    QTEST(socket.readAll().left(12), "answer");
 }
 
 QTEST_GUILESS_MAIN(tst_Sim)

@@ -4,8 +4,8 @@
 
 #include <Brevanti/BVT.h>
 
-#include <QNetworkReply>
-#include <QTest>
+#include <QtNetwork>
+#include <QtTest>
 
 #include <algorithm>
 
@@ -31,11 +31,9 @@ LocalService::~LocalService()
 
 QList<bvtsim::RecordedRequest> LocalService::requestsFor(const QString &path) const
 {
-    QList<bvtsim::RecordedRequest> matching;
-    for (const bvtsim::RecordedRequest &request : m_service.requests()) {
-        if (request.path == path)
-            matching.append(request);
-    }
+    QList<bvtsim::RecordedRequest> matching = m_service.requests();
+    matching.removeIf(
+            [&path](const bvtsim::RecordedRequest &request) { return request.path != path; });
     return matching;
 }
 

@@ -26,11 +26,8 @@ QStringList LogCapture::lines() const
 
 QStringList LogCapture::linesStartingWith(const QString &prefix) const
 {
-    QStringList matching;
-    for (const QString &line : capturedLines) {
-        if (line.startsWith(prefix))
-            matching.append(line);
-    }
+    QStringList matching = capturedLines;
+    matching.removeIf([&prefix](const QString &line) { return !line.startsWith(prefix); });
     return matching;
 }
 

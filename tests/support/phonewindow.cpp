@@ -4,9 +4,7 @@
 
 #include <Brevanti/BVT.h>
 
-#include <QSettings>
-#include <QStandardPaths>
-#include <QTest>
+#include <QtTest>
 
 PhoneWindow::PhoneWindow(bvt::ViewController *root, const QSize &screen)
 {
