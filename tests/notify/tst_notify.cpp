@@ -107,17 +107,17 @@ void TestNotify::enableSendsTheTokenAndStoresItOnceAccepted_data()
     QTest::addColumn<QVariant>("token"); // as the system hands it over
     QTest::addColumn<QString>("text");   // as sent
     QTest::addColumn<bvtsim::Fault>("fault");
-    const QVariant bytes = QByteArray("\xCA\xFE", 2);
+    const QVariant bytes = QByteArray("\x00\x0F\xCA\xFE", 4); // a zero byte, a small one
     bvtsim::Fault dropped;
     dropped.dropConnection = true;
     bvtsim::Fault redirected{0, 302, "moved", "text/html"};
     redirected.headers = {{"Location", "/echo"}}; // a route that answers any method with 200
-    QTest::newRow("bytes") << bytes << "CAFE" << bvtsim::Fault();
+    QTest::newRow("bytes") << bytes << "000FCAFE" << bvtsim::Fault();
     QTest::newRow("string as it is") << QVariant("abc") << "abc" << bvtsim::Fault();
     QTest::newRow("nil: empty, never absent") << QVariant() << "" << bvtsim::Fault();
     QTest::newRow("neither: read as bytes") << QVariant(42) << "3432" << bvtsim::Fault();
-    QTest::newRow("dropped: the earlier kept") << bytes << "CAFE" << dropped;
-    QTest::newRow("redirected: the earlier kept") << bytes << "CAFE" << redirected;
+    QTest::newRow("dropped: the earlier kept") << bytes << "000FCAFE" << dropped;
+    QTest::newRow("redirected: the earlier kept") << bytes << "000FCAFE" << redirected;
 }
 
 void TestNotify::enableSendsTheTokenAndStoresItOnceAccepted()
