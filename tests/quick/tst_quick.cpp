@@ -233,17 +233,18 @@ void TestQuick::callbacksGetTheAnswer()
                            answer => test.record(answer.query["device[uuid]"]), test.record))");
     // A C++ host's callbacks tied to its screen, which closes with the engine. They use the screen
     // as a host's lambda uses `this`: run after the delete, AddressSanitizer objects.
-    auto *screen = new QObject;
+    auto screen = std::make_unique<QObject>();
     int runs = 0;
-    const auto answered = [screen, &runs](const auto &) {
+    const auto answered = [screen = screen.get(), &runs](const auto &) {
         screen->setObjectName("answered");
         ++runs;
     };
-    BVT::getUrl("/echo", {}, bvt::tiedTo(screen, answered), bvt::tiedTo(screen, answered));
+    BVT::getUrl("/echo", {}, bvt::tiedTo(screen.get(), answered),
+                bvt::tiedTo(screen.get(), answered));
     if (engineGone) {
         m_page.reset();
         m_engine.reset();
-        delete screen;
+        screen.reset();
     }
     QVERIFY(m_local->settledExchanges() > 0);
     QByteArrayList queries; // each sent once, whether or not anyone still waits for the answer
@@ -255,8 +256,6 @@ void TestQuick::callbacksGetTheAnswer()
     QCOMPARE(runs, engineGone ? 0 : 1);
     if (engineGone)
         showPage();
-    else
-        delete screen;
 }
 
 void TestQuick::modelListsEveryLoadInSections()
