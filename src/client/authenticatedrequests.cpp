@@ -6,6 +6,8 @@
 #include "origin.h"
 #include "verb.h"
 
+#include <QTimer>
+
 namespace bvt {
 
 const Verb Verb::get{"GET", "application/json;", true, true, nullptr, nullptr};
@@ -43,6 +45,14 @@ void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParam
     bvt::log("Submit Url: %@", url);
     if (verb.logsCredentials)
         bvt::log("Authorization: %@", QStringLiteral("Basic ") + d->basicCredentials);
+    // The bearer token goes to the service alone, so a path that leads elsewhere sends nothing,
+    // not even a token request. The caller hears of it later, as of any failure.
+    if (!bvt::staysWithin(QUrl(url), QUrl(d->origin))) {
+        bvt::log("Not sent: the URL leaves the service's origin: %@", url);
+        if (failure)
+            QTimer::singleShot(0, [failure] { failure(QString()); });
+        return;
+    }
 
     const auto noToken = [](const BVTError &error) {
         bvt::log("Failed to get access token: %@", error);

@@ -7,6 +7,7 @@
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QPointer>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstring>
@@ -18,7 +19,7 @@ namespace {
 
 QPointer<QNetworkAccessManager> hostManager;
 QPointer<QNetworkAccessManager> builtInManager;
-int transferTimeoutMs = HttpClient::defaultTimeoutMs;
+int exchangeTimeoutMs = HttpClient::defaultTimeoutMs;
 
 // Errors of the connection itself, as opposed to the ones Qt derives from an HTTP status, which the
 // status already tells.
@@ -67,6 +68,8 @@ struct Exchange
 {
     HttpClient::Completion done;
     QByteArray body;
+    QString stopped;            // why the library ended the exchange itself; empty when it did not
+    bool answerRefused = false; // stopped because of the answer, which then counts as none
     bool finished = false;
 
     void finish(const JsonResponse &response)
@@ -77,6 +80,32 @@ struct Exchange
         done(response);
     }
 };
+
+bool isDecimal(const QByteArray &text)
+{
+    return !text.isEmpty()
+            && std::all_of(text.cbegin(), text.cend(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// Why the head of an answer cannot be trusted, or an empty string. Qt joins a repeated header's
+// values with ", ", so two lengths show as one value that is no number; a length beside chunks
+// leaves the body's end to whichever the reader believes.
+QString headProblem(const QNetworkReply *reply)
+{
+    if (!reply->hasRawHeader("Content-Length"))
+        return QString();
+    const QByteArray length = reply->rawHeader("Content-Length");
+    if (!isDecimal(length))
+        return QStringLiteral("The answer gives its length as \"%1\"")
+                .arg(QString::fromLatin1(length));
+    if (reply->hasRawHeader("Transfer-Encoding"))
+        return QStringLiteral("The answer gives both a length and chunks");
+    if (length.size() > 18 || length.toLongLong() > HttpClient::answerLimit)
+        return QStringLiteral("The answer announces %1 bytes, more than the %2 the library reads")
+                .arg(QString::fromLatin1(length))
+                .arg(HttpClient::answerLimit);
+    return QString();
+}
 
 } // namespace
 
@@ -111,7 +140,6 @@ void HttpClient::send(const HttpRequest &request, const Completion &done)
     QNetworkRequest networkRequest(request.url);
     for (const auto &[name, value] : request.headers)
         networkRequest.setRawHeader(name, value);
-    networkRequest.setTransferTimeout(transferTimeoutMs);
     // An answer is judged where it was asked for: a redirect would carry the credentials to
     // whichever host the Location names, and turn a PATCH into a GET.
     networkRequest.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
@@ -124,13 +152,45 @@ void HttpClient::send(const HttpRequest &request, const Completion &done)
     networkRequest.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
     QNetworkReply *reply = manager->sendCustomRequest(networkRequest, request.method, body);
     body->setParent(reply);
+    // Qt reads ahead of the library no further than this.
+    reply->setReadBufferSize(1024 * 1024);
 
     auto exchange = std::make_shared<Exchange>();
     exchange->done = done;
-    QObject::connect(reply, &QIODevice::readyRead, reply,
-                     [reply, exchange] { exchange->body += reply->readAll(); });
+    // Aborting finishes the reply at once, and closes its connection where Qt still reads the
+    // answer from it.
+    const auto stop = [reply, exchange](const QString &why, bool answerRefused) {
+        exchange->stopped = why;
+        exchange->answerRefused = answerRefused;
+        if (answerRefused)
+            exchange->body = QByteArray();
+        reply->abort();
+    };
+    const auto refuse = [stop](const QString &why) { stop(why, true); };
+    // One deadline for the whole exchange: Qt's transfer time-out starts again with every byte, so
+    // an answer trickled in byte by byte would never end. What came before it still counts.
+    auto *deadline = new QTimer(reply);
+    deadline->setSingleShot(true);
+    QObject::connect(deadline, &QTimer::timeout, reply, [stop] {
+        stop(QStringLiteral("The answer did not arrive within %1 ms").arg(exchangeTimeoutMs),
+             false);
+    });
+    deadline->start(exchangeTimeoutMs);
+    QObject::connect(reply, &QNetworkReply::metaDataChanged, reply, [reply, refuse] {
+        if (const QString problem = headProblem(reply); !problem.isEmpty())
+            refuse(problem);
+    });
+    QObject::connect(reply, &QIODevice::readyRead, reply, [reply, exchange, refuse] {
+        exchange->body += reply->readAll();
+        if (exchange->body.size() > answerLimit)
+            refuse(QStringLiteral("The answer is larger than the %1 bytes the library reads")
+                           .arg(answerLimit));
+    });
     QObject::connect(reply, &QNetworkReply::finished, reply, [reply, exchange] {
         reply->deleteLater();
+        if (exchange->answerRefused)
+            return exchange->finish(JsonResponse::judge(0, {}, {}, QNetworkReply::ProtocolFailure,
+                                                        exchange->stopped));
         if (reply->isOpen())
             exchange->body += reply->readAll();
         const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
@@ -146,6 +206,8 @@ void HttpClient::send(const HttpRequest &request, const Completion &done)
         QString message;
         if (resendRefused)
             message = QStringLiteral("The connection closed before the answer arrived");
+        else if (!exchange->stopped.isEmpty())
+            message = exchange->stopped;
         else if (connectionFailed)
             message = reply->errorString();
         const int transportError = connectionFailed ? int(error) : 0;
@@ -173,12 +235,12 @@ void HttpClient::send(const HttpRequest &request, const Completion &done)
 
 int HttpClient::timeoutMs()
 {
-    return transferTimeoutMs;
+    return exchangeTimeoutMs;
 }
 
 void HttpClient::setTimeoutMs(int milliseconds)
 {
-    transferTimeoutMs = milliseconds;
+    exchangeTimeoutMs = milliseconds;
 }
 
 void setNetworkAccessManager(QNetworkAccessManager *manager)

@@ -35,15 +35,21 @@ public:
     using Completion = std::function<void(const JsonResponse &response)>;
 
     static constexpr int defaultTimeoutMs = 60000;
+    // The most the library reads of one answer: many times the preference document of a large
+    // account, which is the largest answer the service gives.
+    static constexpr qint64 answerLimit = 16 * 1024 * 1024;
 
-    // How long a request may go without any data moving before it fails; tests shorten it.
+    // How long one exchange may take from sending to the last byte of the answer, however the
+    // bytes trickle in; tests shorten it. A call that first fetches a token gives that exchange
+    // the same time of its own.
     static int timeoutMs();
     static void setTimeoutMs(int milliseconds);
 
     // Sends the request and calls done exactly once, later, on the thread of the network access
     // manager (the main thread): also when the host deletes its manager while the request is under
     // way (as an answer that never arrived). Redirects are not followed, and the request is never
-    // sent a second time.
+    // sent a second time. An answer that is late, larger than answerLimit or framed two ways
+    // (two lengths, or a length beside chunks) fails as if none had arrived.
     static void send(const HttpRequest &request, const Completion &done);
 
     // Whether a header value can go on the wire as it stands: no line break, NUL or other control

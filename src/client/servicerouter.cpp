@@ -6,20 +6,6 @@
 
 namespace bvt {
 
-namespace {
-
-int effectivePort(const QUrl &url)
-{
-    return url.port(url.scheme() == QLatin1String("https") ? 443 : 80);
-}
-
-bool sameOrigin(const QUrl &a, const QUrl &b)
-{
-    return a.scheme() == b.scheme() && a.host() == b.host() && effectivePort(a) == effectivePort(b);
-}
-
-} // namespace
-
 class ServiceRouter::Private
 {
 public:

@@ -1,11 +1,9 @@
 #include "userdefaults.h"
 
 #include "log.h"
+#include "settingsfile.h"
 
 #include <QDataStream>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QSettings>
 
 namespace bvt {
@@ -25,7 +23,17 @@ QDataStream &operator<<(QDataStream &stream, const Utf16Text &value)
 
 QDataStream &operator>>(QDataStream &stream, Utf16Text &value)
 {
-    return stream >> value.text;
+    // Bytes cut short leave nothing that was stored: read as absent, not as an empty string.
+    stream >> value.text;
+    if (stream.status() != QDataStream::Ok)
+        value.text = QString();
+    return stream;
+}
+
+// Lets the settings file compare what it wrote with what it reads back.
+bool operator==(const Utf16Text &a, const Utf16Text &b)
+{
+    return a.text == b.text;
 }
 
 namespace {
@@ -83,45 +91,6 @@ QString textOf(const QVariant &stored)
     return QString();
 }
 
-// The settings hold identifiers of the device and its user: only the owner may read the file.
-// A missing file is created with those permissions before anything is written into it, and each
-// write keeps the permissions of the file that it replaces.
-void keepToOwner(const QString &fileName)
-{
-    const QFile::Permissions ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
-    const QFileInfo info(fileName);
-    if (info.isFile()) {
-        QFile::setPermissions(fileName, ownerOnly);
-    } else if (!info.exists()) {
-        QDir().mkpath(info.absolutePath());
-        QFile(fileName).open(QIODevice::WriteOnly | QIODevice::NewOnly, ownerOnly);
-    }
-}
-
-QByteArray contentsOf(const QString &fileName)
-{
-    QFile file(fileName);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-// Writes the changes and tells whether they reached the file. An instance keeps reporting the
-// first error it met, so once it has read a file with a format problem its status cannot tell how
-// the write went; the file can, since a write replaces it with one that has no such problem.
-bool syncAndCheck(QSettings &settings)
-{
-    const QByteArray before = contentsOf(settings.fileName());
-    settings.sync();
-    switch (settings.status()) {
-    case QSettings::NoError:
-        return true;
-    case QSettings::FormatError:
-        return contentsOf(settings.fileName()) != before;
-    case QSettings::AccessError:
-        break;
-    }
-    return false;
-}
-
 } // namespace
 
 UserDefaults &UserDefaults::standardUserDefaults()
@@ -133,7 +102,16 @@ UserDefaults &UserDefaults::standardUserDefaults()
 QString UserDefaults::stringForKey(const QString &key) const
 {
     const auto pending = m_pending.constFind(key);
-    return textOf(pending != m_pending.cend() ? *pending : QSettings().value(key));
+    if (pending != m_pending.cend())
+        return textOf(*pending);
+    const QSettings settings;
+    // Said once, not on every read; said again if the file becomes unreadable once more.
+    const bool unreadable = settings.status() == QSettings::AccessError;
+    if (unreadable && !m_unreadableLogged)
+        log("Failed to read settings from %@: access error", settings.fileName());
+    m_unreadableLogged = unreadable;
+    const QVariant stored = settings.value(key);
+    return SettingsFile::isUndecodable(key, stored) ? QString() : textOf(stored);
 }
 
 void UserDefaults::setObject(const QVariant &value, const QString &key)
@@ -148,18 +126,9 @@ void UserDefaults::removeObjectForKey(const QString &key)
 
 bool UserDefaults::synchronize()
 {
-    // A new instance each time, as one that met an error keeps reporting it.
-    QSettings settings;
-    keepToOwner(settings.fileName());
-    for (auto change = m_pending.cbegin(); change != m_pending.cend(); ++change) {
-        if (change->isValid())
-            settings.setValue(change.key(), *change);
-        else
-            settings.remove(change.key());
-    }
-    if (!syncAndCheck(settings)) {
-        log("Failed to save settings to %@: %@", settings.fileName(),
-            settings.status() == QSettings::AccessError ? "access error" : "format error");
+    const QString problem = SettingsFile::write(m_pending);
+    if (!problem.isEmpty()) {
+        log("Failed to save settings to %@: %@", QSettings().fileName(), problem);
         return false;
     }
     m_pending.clear();

@@ -9,6 +9,11 @@
 
 #include <QtTest>
 
+#include <sys/mount.h>
+
+#include <cerrno>
+#include <cstring>
+
 namespace {
 
 const QString deviceKey = QStringLiteral("com.brevanti.ios.BVTDeviceId");
@@ -47,9 +52,14 @@ private Q_SLOTS:
     void storeReadsStringsNumbersAndNothingElse();
     void assignmentAndUnassignmentSendExactlyTheirFields();
     void secondInitialisationReplacesTheManager();
+    void valuesOutliveTheProcessInAFileOfTheOwner_data();
     void valuesOutliveTheProcessInAFileOfTheOwner();
     void onlyFailedWritesAreLoggedAndTheyAreKept_data();
     void onlyFailedWritesAreLoggedAndTheyAreKept();
+    void entryThatCannotBeDecodedIsAbsent_data();
+    void entryThatCannotBeDecodedIsAbsent();
+    void fullDiskKeepsTheFileAndTheValues_data();
+    void fullDiskKeepsTheFileAndTheValues();
 
 private:
     std::unique_ptr<LocalService> m_local;
@@ -255,19 +265,49 @@ void TestDevice::secondInitialisationReplacesTheManager()
     QVERIFY(echoes.first().header("Authorization") != echoes.last().header("Authorization"));
 }
 
+void TestDevice::valuesOutliveTheProcessInAFileOfTheOwner_data()
+{
+    QTest::addColumn<QString>("link"); // the settings file is a symbolic link to this; "": none
+    QTest::newRow("file") << QString();
+    QTest::newRow("link to a file") << "target.conf";
+    QTest::newRow("dangling link") << "missing.conf";
+}
+
+// The file is the store's own: a symbolic link in its place is replaced, and what it named is
+// neither written nor given another mode.
 void TestDevice::valuesOutliveTheProcessInAFileOfTheOwner()
 {
+    QFETCH(QString, link);
     const QString file = QSettings().fileName();
     QFile::remove(file);
+    const QString target = QFileInfo(file).dir().filePath(link);
+    QFile::remove(target);
+    const QFile::Permissions readable = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther;
+    if (!link.isEmpty()) {
+        QVERIFY(QFile::link(target, file));
+        QFile other(target);
+        if (link == "target.conf")
+            QVERIFY(other.open(QIODevice::WriteOnly) && other.write("not ours\n") == 9
+                    && other.setPermissions(readable));
+    }
     // Mode 0600: Qt names the owner's bits twice, as the owner's and as this user's.
     const QFile::Permissions ownerOnly =
             QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
     m_manager->setBVTDeviceId("written-here");
     QCOMPARE(QFile::permissions(file), ownerOnly);
-    QVERIFY(QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther));
+    QVERIFY(!QFileInfo(file).isSymLink());
+    QVERIFY(QFile::setPermissions(file, readable));
     m_manager->setBVTUserId(7);
     QCOMPARE(QFile::permissions(file), ownerOnly);
     QCOMPARE(storeInAnotherProcess(), QStringList({"written-here", "7", QString()}));
+    if (link.isEmpty())
+        return;
+    QFile other(target);
+    const auto removeTarget = qScopeGuard([&other] { other.remove(); });
+    QCOMPARE(other.open(QIODevice::ReadOnly) ? other.readAll() : QByteArray(),
+             link == "target.conf" ? QByteArray("not ours\n") : QByteArray());
+    if (other.exists())
+        QCOMPARE(other.permissions() & ~(QFile::ReadUser | QFile::WriteUser), readable);
 }
 
 void TestDevice::onlyFailedWritesAreLoggedAndTheyAreKept_data()
@@ -294,14 +334,108 @@ void TestDevice::onlyFailedWritesAreLoggedAndTheyAreKept()
     }
     m_manager->setBVTUserId("kept");
     QCOMPARE(m_manager->currentUser(), "kept");
+    QVERIFY(m_manager->currentDevice().isNull() && m_manager->currentDevice().isNull());
     if (directoryInTheWay)
         QVERIFY(QDir().rmdir(file));
     m_manager->setBVTDeviceToken("AB"); // also writes what an earlier write could not
 
-    const QString failure = "Failed to save settings to " + file + ": access error";
-    QCOMPARE(m_log->linesStartingWith("Failed"),
-             directoryInTheWay ? QStringList{failure} : QStringList());
+    // A file that cannot be read is said once, not at every read.
+    const QStringList failures{"Failed to save settings to " + file + ": access error",
+                               "Failed to read settings from " + file + ": access error"};
+    QCOMPARE(m_log->linesStartingWith("Failed"), directoryInTheWay ? failures : QStringList());
     QCOMPARE(QSettings(file, QSettings::IniFormat).value(userKey).toString(), "kept");
+}
+
+void TestDevice::entryThatCannotBeDecodedIsAbsent_data()
+{
+    QTest::addColumn<QByteArray>("value"); // the entry's text in the settings file
+    // What the store writes for a string UTF-8 cannot carry, cut in its middle.
+    const QString unpaired = QChar(0xD800) + QStringLiteral("x");
+    m_manager->setBVTUserId(unpaired);
+    QFile file(QSettings().fileName());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray content = file.readAll();
+    const qsizetype start = content.indexOf('=', content.indexOf("BVTUserId"));
+    const QByteArray whole = content.mid(start + 1, content.indexOf('\n', start) - start - 1);
+    QVERIFY(whole.startsWith("@Variant(") && whole.endsWith(')'));
+    // Its type's name kept, the text's length and units gone.
+    QTest::newRow("binary form cut short")
+            << whole.left(whole.indexOf("Utf16Text") + int(qstrlen("Utf16Text\\0"))) + ")";
+    QTest::newRow("binary form without its end") << whole.left(whole.size() - 8);
+    QTest::newRow("string in binary form, cut short") << QByteArray(R"(@Variant(\0\0\0\n))");
+}
+
+// An entry written in the binary form and cut short reads as absent, not as an empty or garbled
+// identifier, so the device registers again instead of never.
+void TestDevice::entryThatCannotBeDecodedIsAbsent()
+{
+    QFETCH(QByteArray, value);
+    QFile file(QSettings().fileName());
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("[General]\ncom.brevanti.ios.BVTDeviceId=" + value + "\n");
+    file.close();
+    QVERIFY(m_manager->currentDevice().isNull());
+    m_manager->initDevice();
+    QTRY_VERIFY(m_local->nothingUnderWay());
+    QCOMPARE(m_local->requestsFor("/devices").size(), 1);
+    QCOMPARE(m_manager->currentDevice(), m_local->service().deviceIds().constLast());
+}
+
+void TestDevice::fullDiskKeepsTheFileAndTheValues_data()
+{
+    QTest::addColumn<int>("free"); // bytes left on the file system
+    QTest::newRow("nothing free") << 0;
+    QTest::newRow("4 KiB free") << 4096;
+}
+
+// On a file system that cannot hold the new file, the old one stays as it was, the failure is
+// logged, the values stay pending, and the next write that fits saves them.
+void TestDevice::fullDiskKeepsTheFileAndTheValues()
+{
+    QFETCH(int, free);
+    QTemporaryDir disk;
+    if (::mount("tmpfs", QFile::encodeName(disk.path()), "tmpfs", 0, "size=64k") != 0)
+        QSKIP(qPrintable("No small file system can be mounted here (it takes root): "
+                         + QString::fromLocal8Bit(std::strerror(errno))));
+    const QString home = QFileInfo(QFileInfo(QSettings().fileName()).path()).path();
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, disk.path());
+    const auto restore = qScopeGuard([&] {
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, home);
+        ::umount2(QFile::encodeName(disk.path()), MNT_DETACH);
+    });
+    const QString file = QSettings().fileName();
+    QVERIFY(file.startsWith(disk.path()));
+    // The host keeps its own settings in the same file, which makes it larger than a page.
+    QSettings().setValue("host/notes", QString(6000, 'n'));
+    m_manager->setBVTUserId("user-1");
+    m_manager->setBVTDeviceToken("AA");
+    QFile settings(file);
+    QVERIFY(settings.open(QIODevice::ReadOnly));
+    const QByteArray before = settings.readAll();
+    settings.close();
+    QVERIFY(before.contains("user-1") && before.contains("AA"));
+
+    QFile filler(disk.filePath("filler"));
+    QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    const QByteArray page(4096, 'f');
+    while (filler.write(page) == page.size()) { }
+    QVERIFY(filler.resize(filler.size() - free));
+    LogCapture::clear();
+    m_manager->setBVTDeviceToken("BB");
+    QCOMPARE(m_log->linesStartingWith("Failed to save settings to " + file + ": ").size(), 1);
+    QVERIFY(settings.open(QIODevice::ReadOnly));
+    QCOMPARE(settings.readAll(), before);
+    settings.close();
+    QCOMPARE(m_manager->currentDeviceToken(), "BB");
+    QCOMPARE(QDir(QFileInfo(file).path()).entryList(QDir::Files | QDir::Hidden),
+             QStringList{QFileInfo(file).fileName()});
+
+    QVERIFY(filler.remove());
+    m_manager->setBVTUserId("user-2");
+    QVERIFY(settings.open(QIODevice::ReadOnly));
+    const QByteArray after = settings.readAll();
+    QVERIFY(after.contains("user-2") && after.contains("BB")
+            && after.contains(QByteArray(6000, 'n')));
 }
 
 // The system version goes in single precision, as the service has always had it.

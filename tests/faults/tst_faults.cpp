@@ -3,6 +3,7 @@
 #include "outcomes.h"
 
 #include "client/httpclient.h"
+#include "client/origin.h"
 
 #include <Brevanti/BVT.h>
 
@@ -25,6 +26,57 @@ bool fetchToken(const std::shared_ptr<BVTManager> &manager)
     return QTest::qWaitFor([&ready] { return ready; }, 10000);
 }
 
+// Answers every request on loopback in a way no honest server does: a chunked body four times
+// what the library reads, a length of a terabyte announced and then four times the limit sent,
+// or a small JSON body one byte at a time.
+class HostileServer : public QTcpServer
+{
+public:
+    explicit HostileServer(const QByteArray &kind) : m_kind(kind)
+    {
+        connect(this, &QTcpServer::newConnection, this, [this] {
+            QTcpSocket *socket = nextPendingConnection();
+            connect(socket, &QIODevice::readyRead, socket, [this, socket] {
+                const bool headSeen = socket->property("head").toBool();
+                if (!headSeen && socket->readAll().contains("\r\n\r\n")) {
+                    socket->setProperty("head", true);
+                    ++requests;
+                    answer(socket);
+                }
+            });
+        });
+    }
+    int requests = 0;
+
+private:
+    void answer(QTcpSocket *socket)
+    {
+        const qint64 past = 4 * bvt::HttpClient::answerLimit;
+        const QByteArray block(64 * 1024, ' ');
+        QByteArray head = "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n";
+        if (m_kind == "chunks") {
+            const QByteArray chunk = QByteArray::number(block.size(), 16) + "\r\n" + block + "\r\n";
+            socket->write(head + "Transfer-Encoding: chunked\r\n\r\n"
+                          + chunk.repeated(past / block.size()) + "0\r\n\r\n");
+        } else if (m_kind == "huge length") {
+            socket->write(head + "Content-Length: 1099511627776\r\n\r\n"
+                          + block.repeated(past / block.size()));
+            socket->disconnectFromHost();
+        } else {
+            const QByteArray json = "[" + QByteArray("0,").repeated(20) + "0]";
+            socket->write(head + "Content-Length: " + QByteArray::number(json.size()) + "\r\n\r\n");
+            auto *trickle = new QTimer(socket);
+            connect(trickle, &QTimer::timeout, socket, [socket, json, sent = 0]() mutable {
+                if (sent < json.size())
+                    socket->write(json.mid(sent++, 1));
+            });
+            trickle->start(20);
+        }
+    }
+
+    const QByteArray m_kind;
+};
+
 } // namespace
 
 Q_DECLARE_METATYPE(Expect)
@@ -40,6 +92,8 @@ private Q_SLOTS:
     void cleanup();
     void faultEndsInOneOutcome_data();
     void faultEndsInOneOutcome();
+    void pathLeavingTheOriginSendsNothing_data();
+    void pathLeavingTheOriginSendsNothing();
     void manyRequestsWithoutAToken();
     void unsendableTokenIsNoToken_data();
     void unsendableTokenIsNoToken();
@@ -56,7 +110,8 @@ private:
     std::unique_ptr<bvt::ServiceRouter> m_nowhere; // routes to a closed port
     std::unique_ptr<bvtsim::Service> m_untrusted;  // HTTPS with a certificate nobody trusts
     std::unique_ptr<bvtsim::Service> m_elsewhere;  // another origin, which must hear nothing
-    std::shared_ptr<BVTManager> m_store;           // reads and writes the identifiers
+    std::unique_ptr<HostileServer> m_hostile;
+    std::shared_ptr<BVTManager> m_store; // reads and writes the identifiers
 };
 
 void TestFaults::initTestCase()
@@ -86,6 +141,7 @@ void TestFaults::cleanup()
     m_local->routeLibraryHere();
     m_nowhere.reset();
     m_untrusted.reset();
+    m_hostile.reset();
     bvt::HttpClient::setTimeoutMs(bvt::HttpClient::defaultTimeoutMs);
 }
 
@@ -93,7 +149,8 @@ void TestFaults::faultEndsInOneOutcome_data()
 {
     QTest::addColumn<QByteArray>("target"); // "token" or the verb of the request
     QTest::addColumn<bvtsim::Fault>("fault");
-    QTest::addColumn<QByteArray>("reach"); // "service", or "refused" or "untrusted" for no answer
+    // "service"; "refused" or "untrusted" for no answer; or a kind of HostileServer
+    QTest::addColumn<QByteArray>("reach");
     QTest::addColumn<Expect>("expect");
 
     // Each rule once for the token request and once for a request, the verbs taking turns.
@@ -133,6 +190,19 @@ void TestFaults::faultEndsInOneOutcome_data()
     rows("redirect 303 elsewhere", "PATCH", redirect(303, elsewhere), Expect::BodyText);
     rows("redirect 302 same origin", "PATCH", redirect(302, "/echo"), Expect::BodyText);
 
+    // Answers that never end, or end too late, or whose framing cannot be trusted: each fails as
+    // soon as it is seen for what it is, and no length the answer names is trusted.
+    rows("chunks without end", "GET", {}, Expect::NullText, "chunks");
+    rows("huge length announced", "POST", {}, Expect::NullText, "huge length");
+    rows("one byte at a time", "PATCH", {}, Expect::BodyText, "trickle");
+    const auto framed = [](const QByteArray &name, const QByteArray &value) {
+        bvtsim::Fault fault{0, 200, "{}", {}};
+        fault.headers = {{name, value}};
+        return fault;
+    };
+    rows("two lengths", "GET", framed("Content-Length", "5"), Expect::NullText);
+    rows("length and chunks", "PATCH", framed("Transfer-Encoding", "chunked"), Expect::NullText);
+
     // About 10 MB of JSON: an array of 1 KB objects.
     const QByteArray element = R"({"name":")" + QByteArray(1000, 'x') + R"("},)";
     QByteArray array = "[" + element.repeated(10000);
@@ -159,7 +229,7 @@ void TestFaults::faultEndsInOneOutcome()
     m_local->service().setFault(verb, onToken ? "/oauth/token" : "/echo", fault);
     QNetworkAccessManager *network = routeTo(reach);
     QVERIFY(network);
-    if (fault.delayMs > 0 || fault.stallAfterHalf)
+    if (fault.delayMs > 0 || fault.stallAfterHalf || reach == "trickle")
         bvt::HttpClient::setTimeoutMs(300); // well under the delay: the answer comes too late
     LogCapture::clear();
     m_local->service().clearRequests();
@@ -178,7 +248,8 @@ void TestFaults::faultEndsInOneOutcome()
     if (!outcomes.texts.isEmpty()) {
         QCOMPARE(outcomes.texts.first().isNull(), expect == Expect::NullText);
         const qsizetype sent = fault.truncateBody ? fault.body.size() / 2 : fault.body.size();
-        if (!fault.body.isNull() && reach == "service") // all of it, or the half that came
+        if (expect == Expect::BodyText && !fault.body.isNull()
+            && reach == "service") // all, or the half that came
             QCOMPARE(outcomes.texts.first(), QString::fromUtf8(fault.body.left(sent)));
     }
     if (!outcomes.answers.isEmpty()) // the huge array
@@ -196,6 +267,8 @@ void TestFaults::faultEndsInOneOutcome()
     QCOMPARE(requests, onToken ? 0 : reached);
     if (m_untrusted)
         QCOMPARE(m_untrusted->requests().size(), 0);
+    if (m_hostile)
+        QCOMPARE(m_hostile->requests, 1);
     QCOMPARE(m_elsewhere->requests().size(), 0);
     QCOMPARE(m_store->currentDevice(), device);
     QCOMPARE(m_store->currentUser(), "user-before");
@@ -223,11 +296,49 @@ QNetworkAccessManager *TestFaults::routeTo(const QByteArray &reach)
         if (!m_untrusted->listenTls(QSslCertificate(both), QSslKey(both, QSsl::Ec)))
             return nullptr;
         m_nowhere = std::make_unique<bvt::ServiceRouter>(m_untrusted->baseUrl());
+    } else if (reach != "service") {
+        m_hostile = std::make_unique<HostileServer>(reach);
+        if (!m_hostile->listen(QHostAddress::LocalHost))
+            return nullptr;
+        m_nowhere = std::make_unique<bvt::ServiceRouter>(
+                QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_hostile->serverPort())));
     } else {
         return m_local->network();
     }
     bvt::setNetworkAccessManager(m_nowhere.get());
     return m_nowhere.get();
+}
+
+void TestFaults::pathLeavingTheOriginSendsNothing_data()
+{
+    QTest::addColumn<QByteArray>("verb");
+    QTest::addColumn<QString>("path"); // PORT: the port of the other origin
+    QTest::newRow("user info, GET") << QByteArray("GET") << "@127.0.0.1:PORT/echo";
+    QTest::newRow("user info, POST") << QByteArray("POST") << "@127.0.0.1:PORT/echo";
+    QTest::newRow("other port, PATCH") << QByteArray("PATCH") << ":PORT/echo";
+    QTest::newRow("longer host name, GET") << QByteArray("GET") << ".invalid/echo";
+}
+
+// The path is joined to the origin as text, so it could name another host, which would receive
+// the bearer token. Such a request fails without a byte sent, token request included.
+void TestFaults::pathLeavingTheOriginSendsNothing()
+{
+    QFETCH(QByteArray, verb);
+    QFETCH(QString, path);
+    path.replace("PORT", QString::number(m_elsewhere->port()));
+    const int connections = m_elsewhere->connectionCount();
+    auto manager = newManager();
+    Outcomes outcomes;
+    call(manager, verb, path, {}, outcomes);
+    QVERIFY(outcomes.texts.isEmpty()); // later, as any outcome
+    QTRY_COMPARE(outcomes.count(), 1);
+    QVERIFY(m_local->nothingUnderWay());
+    QCOMPARE(m_elsewhere->connectionCount(), connections);
+    QCOMPARE(m_local->service().requests().size(), 0);
+    QVERIFY(outcomes.texts.first().isNull());
+    const QString url = bvt::serviceOrigin() + path;
+    QCOMPARE(m_log->linesStartingWith("Not sent"),
+             QStringList{"Not sent: the URL leaves the service's origin: " + url});
 }
 
 void TestFaults::manyRequestsWithoutAToken()
