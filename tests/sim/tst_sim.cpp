@@ -8,6 +8,10 @@
 #include <QTcpSocket>
 #include <QtTest>
 
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
 using namespace bvtsim;
 
 class tst_Sim : public QObject
@@ -21,6 +25,18 @@ class tst_Sim : public QObject
                                   "&device[manufacturer]=Apple";
 
     static QJsonObject parse(const QByteArray &b) { return QJsonDocument::fromJson(b).object(); }
+
+    // A regular file's bytes, or the type of any other node at path; null when there is none.
+    static QByteArray held(const QString &path)
+    {
+        struct stat status = {};
+        if (::lstat(QFile::encodeName(path).constData(), &status) != 0)
+            return QByteArray();
+        QFile file(path);
+        if (!S_ISREG(status.st_mode) || !file.open(QIODevice::ReadOnly))
+            return "node of type " + QByteArray::number(status.st_mode & S_IFMT, 8);
+        return file.readAll();
+    }
 
     // Posts a form and answers the status and body.
     std::pair<int, QByteArray> post(const QByteArray &target, const QByteArray &body,
@@ -40,6 +56,7 @@ private Q_SLOTS:
     void init();
     void stateFile_data();
     void stateFile();
+    void stateFileOnFullDisk();
     void connectionEnds_data();
     void connectionEnds();
 };
@@ -58,51 +75,90 @@ void tst_Sim::init()
 }
 
 // A state file is the service's own or a new one; anything else is left alone, and the
-// executable refuses to start on it with the same message.
+// executable refuses to start on it with the same message: status 1, or 2 for a node that is not a
+// regular file.
 void tst_Sim::stateFile_data()
 {
     QTest::addColumn<QString>("name");       // in a fresh directory
     QTest::addColumn<QByteArray>("content"); // null: no such file
-    QTest::addColumn<bool>("accepted");
+    QTest::addColumn<int>("node");           // non-zero: a node of this type instead of a file
+    QTest::addColumn<int>("exitCode");       // of the executable on it; 0: it starts
     const QByteArray own = R"({"devices":{},"tokens":{"ab":1}})";
-    QTest::newRow("new file") << "state.json" << QByteArray() << true;
-    QTest::newRow("empty file") << "state.json" << QByteArray("") << true;
-    QTest::newRow("its own") << "state.json" << own << true;
-    QTest::newRow("catalogue") << "state.json" << QByteArray(R"([{"key":"news"}])") << false;
-    QTest::newRow("not JSON") << "state.json" << QByteArray("tokens=1") << false;
-    QTest::newRow("missing directory") << "gone/state.json" << QByteArray() << false;
+    QTest::newRow("new file") << "state.json" << QByteArray() << 0 << 0;
+    QTest::newRow("empty file") << "state.json" << QByteArray("") << 0 << 0;
+    QTest::newRow("its own") << "state.json" << own << 0 << 0;
+    QTest::newRow("catalogue") << "state.json" << QByteArray(R"([{"key":"news"}])") << 0 << 1;
+    QTest::newRow("not JSON") << "state.json" << QByteArray("tokens=1") << 0 << 1;
+    QTest::newRow("missing directory") << "gone/state.json" << QByteArray() << 0 << 1;
+    QTest::newRow("character device") << "null" << QByteArray() << int(S_IFCHR) << 2;
+    QTest::newRow("FIFO") << "fifo" << QByteArray() << int(S_IFIFO) << 2;
 }
 
 void tst_Sim::stateFile()
 {
     QFETCH(QString, name);
     QFETCH(QByteArray, content);
-    QFETCH(bool, accepted);
+    QFETCH(int, node);
+    QFETCH(int, exitCode);
     QTemporaryDir dir;
     const QString path = dir.filePath(name);
     QFile file(path);
+    if (node && ::mknod(QFile::encodeName(path).constData(), mode_t(node) | 0600, makedev(1, 3)))
+        QSKIP("Making a device node needs root.");
     if (!content.isNull())
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
     file.close();
-    QString message;
-    QCOMPARE(service->setStateFile(path, &message), accepted);
-    QCOMPARE(message.isEmpty(), accepted);
-    QCOMPARE(post("/devices", goodDevice, bearer).first, 201); // a change to save
-    const QByteArray saved = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    file.close();
-    if (accepted) {
-        QCOMPARE(parse(saved)["devices"].toObject().keys(), service->deviceIds());
-        // It holds live tokens, so only its owner may read it: mode 0600, in Qt's nibbles.
-        QCOMPARE(QString::number(int(file.permissions()), 16), "6600");
-        return;
+    const QByteArray before = held(path);
+    QByteArray refusal;
+    if (exitCode != 0) { // first, so that a start that waits on the node ends the test
+        QProcess sim;
+        sim.start(BREVANTI_SIM, {"--port", "0", "--client", "a:b", "--state", path});
+        QVERIFY(sim.waitForFinished()); // it refuses at once
+        QCOMPARE(sim.exitCode(), exitCode);
+        refusal = sim.readAllStandardError();
+        QCOMPARE(held(path), before);
     }
-    QCOMPARE(saved, content); // untouched
-    QProcess sim;
-    sim.start(BREVANTI_SIM, {"--port", "0", "--client", "a:b", "--state", path});
-    QVERIFY(sim.waitForFinished()); // it refuses at once
-    QCOMPARE(sim.exitCode(), 1);
-    QVERIFY2(sim.readAllStandardError().contains(message.toUtf8()), qPrintable(message));
-    QCOMPARE(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray(), content);
+    QString message;
+    QCOMPARE(service->setStateFile(path, &message), exitCode == 0);
+    QVERIFY2(refusal.contains(message.toUtf8()), qPrintable(message));
+    QCOMPARE(post("/devices", goodDevice, bearer).first, 201); // a change to save
+    if (exitCode == 0) {
+        QCOMPARE(parse(held(path))["devices"].toObject().keys(), service->deviceIds());
+        // It holds live tokens, so only its owner may read it: mode 0600, in Qt's nibbles.
+        QCOMPARE(QString::number(int(QFile::permissions(path)), 16), "6600");
+    } else {
+        QVERIFY(!message.isEmpty());
+        QCOMPARE(held(path), before);
+    }
+}
+
+// A change that cannot be saved whole is answered 503 and undone, and the file keeps the last
+// whole state.
+void tst_Sim::stateFileOnFullDisk()
+{
+    QTemporaryDir dir;
+    const QByteArray mountPoint = QFile::encodeName(dir.path());
+    if (::mount("tmpfs", mountPoint.constData(), "tmpfs", 0, "size=64k") != 0)
+        QSKIP("Mounting a small tmpfs to fill needs root.");
+    const auto unmount = qScopeGuard([&] { ::umount2(mountPoint.constData(), MNT_DETACH); });
+    // Two pages, and four once rewritten indented; one page is left free.
+    QJsonArray users;
+    for (int i = 0; i < 1000; ++i)
+        users.append(QString::number(i));
+    const QByteArray own =
+            QJsonDocument({{"tokens", QJsonObject()}, {"devices", QJsonObject()}, {"users", users}})
+                    .toJson(QJsonDocument::Compact);
+    QFile state(dir.filePath("state.json")), filler(dir.filePath("filler"));
+    QVERIFY(state.open(QIODevice::WriteOnly) && state.write(own) == own.size());
+    state.close();
+    QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (filler.write(QByteArray(4096, 'x')) == 4096) { }
+    QVERIFY(filler.resize(filler.size() - 4096));
+
+    QVERIFY(service->setStateFile(state.fileName()));
+    QCOMPARE(post("/devices", goodDevice, bearer).first, 503);
+    QCOMPARE(service->deviceIds(), QStringList());
+    QCOMPARE(held(state.fileName()), own);
 }
 
 // A connection ends after the answer its client asked to be the last, after a request whose

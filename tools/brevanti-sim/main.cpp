@@ -1,4 +1,5 @@
 #include "service.h"
+#include "statefile.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -16,10 +17,10 @@
 
 namespace {
 
-[[noreturn]] void fail(const QString &message)
+[[noreturn]] void fail(const QString &message, int status = EXIT_FAILURE)
 {
     QTextStream(stderr) << "brevanti-sim: " << message << Qt::endl;
-    std::exit(EXIT_FAILURE);
+    std::exit(status);
 }
 
 QByteArray readFile(const QString &path)
@@ -80,7 +81,8 @@ int main(int argc, char *argv[])
             QStringLiteral("ID:SECRET"));
     const QCommandLineOption stateOption(
             QStringLiteral("state"),
-            QStringLiteral("JSON file that keeps issued tokens and devices across runs."),
+            QStringLiteral("JSON file that keeps issued tokens and devices across runs; a regular "
+                           "file or a new one (anything else: exit status 2)."),
             QStringLiteral("FILE"));
     const QCommandLineOption lifetimeOption(
             QStringLiteral("token-lifetime"),
@@ -155,9 +157,15 @@ int main(int argc, char *argv[])
     if (const auto limit = number(parser, bodyLimitOption, 0))
         service.setRecordedBodyLimit(*limit);
     service.setAdminEnabled(parser.isSet(adminOption));
-    QString problem;
-    if (parser.isSet(stateOption) && !service.setStateFile(parser.value(stateOption), &problem))
-        fail(problem);
+    if (parser.isSet(stateOption)) {
+        const QString path = parser.value(stateOption);
+        // A status of its own: a path that names a device or a FIFO is a mistake in the command.
+        QString problem = bvtsim::stateFileTypeProblem(path);
+        if (!problem.isEmpty())
+            fail(problem, 2);
+        if (!service.setStateFile(path, &problem))
+            fail(problem);
+    }
     if (parser.isSet(catalogueOption)) {
         const QString path = parser.value(catalogueOption);
         QJsonParseError parseError;

@@ -31,6 +31,7 @@
 #include <algorithm>
 #include <functional>
 #include <optional>
+#include <tuple>
 
 namespace bvtsim {
 
@@ -292,7 +293,12 @@ public:
 
     void dropExpiredTokens();
     void loadState(const QJsonObject &state);
-    void saveState();
+    void saveState(); // sets saveFailed when the file could not be written
+
+    using Stored = std::tuple<QHash<QByteArray, qint64>, QHash<QString, QJsonObject>, QStringList,
+                              QStringList, QJsonObject>;
+    // What the state file holds, as references: assigning to it restores a copy.
+    auto stored() { return std::tie(tokens, devices, deviceOrder, users, preferences); }
 
     Service *q;
     AdminRoutes admin;
@@ -313,6 +319,7 @@ public:
     // addressee ("device:<uuid>", "user:<identifier>") -> category key -> preference key -> bool
     QJsonObject preferences;
     QString stateFile;
+    bool saveFailed = false;
     QList<FaultEntry> faults;
     QList<RecordedRequest> requests;
     int requestLimit = 10000;
@@ -471,7 +478,19 @@ Answer ServicePrivate::dispatch(const RecordedRequest &request)
                      QStringLiteral("The access token is missing, unknown or expired."));
     if (!route)
         return error(404, "not_found", QStringLiteral("There is no such route."));
-    return route->handler(request);
+    // A change that cannot be saved is undone, so that the service holds what its file holds and
+    // a retry makes the whole change again. Copies of the state are cheap until a change detaches
+    // them, so one is taken only when there is a file to save to.
+    std::optional<Stored> before;
+    if (!stateFile.isEmpty())
+        before = stored();
+    saveFailed = false;
+    Answer answer = route->handler(request);
+    if (!saveFailed)
+        return answer;
+    stored() = *before;
+    return error(503, "state_not_saved",
+                 QStringLiteral("The change could not be saved to the state file; it is undone."));
 }
 
 bool ServicePrivate::bearerValid(const RecordedRequest &request) const
@@ -734,8 +753,10 @@ void ServicePrivate::saveState()
                             {"users", QJsonArray::fromStringList(users)},
                             {"preferences", preferences}};
     QString problem;
-    if (!writeStateFile(stateFile, state, &problem))
-        qCWarning(lcSim) << "cannot write state file" << stateFile << problem;
+    saveFailed = !writeStateFile(stateFile, state, &problem);
+    if (saveFailed)
+        qCWarning(lcSim).noquote() << "cannot write state file" << stateFile
+                                   << "(" + problem + "); the change is undone and answered 503";
 }
 
 Service::Service(QObject *parent) : QObject(parent), d(std::make_unique<ServicePrivate>(this)) { }

@@ -77,8 +77,10 @@ public:
 
     // JSON file the service loads now (when it exists) and rewrites after every change, readable
     // by its owner alone. Returns false, with the reason in *errorMessage, leaving the file alone
-    // and keeping no state file, when the file is not one the service wrote or the path cannot be
-    // written.
+    // and keeping no state file, when the path names something other than a regular file (a
+    // symbolic link is followed), the file is not one the service wrote, or the path cannot be
+    // written. A change that cannot be saved whole (a full disk) is undone and answered 503, with
+    // a warning, and the file keeps the state before it.
     bool setStateFile(const QString &path, QString *errorMessage = nullptr);
 
     // The registered device with every member ("user" and "push_token" null when unset); an
