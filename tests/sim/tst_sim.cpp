@@ -38,6 +38,14 @@ class tst_Sim : public QObject
         return file.readAll();
     }
 
+    // Sends raw bytes on a new connection, with BEARER and PORT filled in.
+    void send(QTcpSocket &socket, QByteArray bytes) const
+    {
+        socket.connectToHost(QHostAddress::LocalHost, service->port());
+        socket.write(bytes.replace("BEARER", bearer)
+                             .replace("PORT", QByteArray::number(service->port())));
+    }
+
     // Posts a form and answers the status and body.
     std::pair<int, QByteArray> post(const QByteArray &target, const QByteArray &body,
                                     const QByteArray &auth)
@@ -59,6 +67,8 @@ private Q_SLOTS:
     void stateFileOnFullDisk();
     void connectionEnds_data();
     void connectionEnds();
+    void admin_data();
+    void admin();
 };
 
 void tst_Sim::init()
@@ -156,6 +166,7 @@ void tst_Sim::stateFileOnFullDisk()
     QVERIFY(filler.resize(filler.size() - 4096));
 
     QVERIFY(service->setStateFile(state.fileName()));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot write state file .* undone"));
     QCOMPARE(post("/devices", goodDevice, bearer).first, 503);
     QCOMPARE(service->deviceIds(), QStringList());
     QCOMPARE(held(state.fileName()), own);
@@ -193,10 +204,69 @@ void tst_Sim::connectionEnds()
     service->setIdleTimeout(std::chrono::milliseconds(idleMs));
     service->setFault("GET", "/slow", Fault{300, 0, {}, {}});
     QTcpSocket socket;
-    socket.connectToHost(QHostAddress::LocalHost, service->port());
-    socket.write(sent.replace("BEARER", bearer));
+    send(socket, sent);
     QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
     QTEST(socket.readAll().left(12), "answer");
+}
+
+// The admin routes answer the machine itself: no name rebound to loopback, no web page of another
+// origin. They take no fault that would break the head of an answer, and show no credentials.
+void tst_Sim::admin_data()
+{
+    QTest::addColumn<QByteArray>("sent");   // PORT: the service's
+    QTest::addColumn<QByteArray>("answer"); // a part of it
+    const auto request = [](const char *target, const QByteArray &headers,
+                            const QByteArray &json = {}) {
+        return target + QByteArray(" HTTP/1.1\r\n") + headers + "Content-Length: "
+                + QByteArray::number(json.size()) + "\r\nConnection: close\r\n\r\n" + json;
+    };
+    const QByteArray local = "Host: 127.0.0.1:PORT\r\n", fault = R"({"path":"/echo","status":500})",
+                     forbidden = "HTTP/1.1 403", invalid = "HTTP/1.1 400";
+    QTest::newRow("rebound name") << request("GET /_sim/requests", "Host: rebound.example:PORT\r\n")
+                                  << forbidden;
+    QTest::newRow("no Host") << request("GET /_sim/requests", "") << forbidden;
+    QTest::newRow("page elsewhere")
+            << request("POST /_sim/faults",
+                       local + "Origin: https://site.example\r\nContent-Type: text/plain\r\n",
+                       fault)
+            << forbidden;
+    QTest::newRow("Origin null") << request("POST /_sim/faults", local + "Origin: null\r\n", fault)
+                                 << forbidden;
+    QTest::newRow("page on another port") << request(
+            "DELETE /_sim/faults", "Host: localhost:PORT\r\nOrigin: http://localhost:1\r\n")
+                                          << forbidden;
+    QTest::newRow("loopback names") << request(
+            "DELETE /_sim/faults", "Host: LocalHost:PORT\r\nOrigin: http://[::1]:PORT\r\n")
+                                    << QByteArray("HTTP/1.1 204");
+    QTest::newRow("Host without port")
+            << request("DELETE /_sim/requests", "Host: [::1]\r\n") << QByteArray("HTTP/1.1 204");
+    QTest::newRow("CR LF in a header value")
+            << request("POST /_sim/faults", local,
+                       R"({"path":"/echo","headers":{"X-A":"1\r\nSet-Cookie: a=b"}})")
+            << invalid;
+    QTest::newRow("CR LF in a header name")
+            << request("POST /_sim/faults", local,
+                       R"({"path":"/echo","headers":{"Set-Cookie: a=b\r\nX-A":"1"}})")
+            << invalid;
+    QTest::newRow("CR LF in the type")
+            << request("POST /_sim/faults", local,
+                       R"({"path":"/echo","content_type":"text/plain\r\nSet-Cookie: a=b"})")
+            << invalid;
+    QTest::newRow("credentials masked") // init()'s token request
+            << request("GET /_sim/requests", local)
+            << QByteArray(R"(["Authorization","Basic ***"])");
+}
+
+void tst_Sim::admin()
+{
+    QFETCH(QByteArray, sent);
+    QFETCH(QByteArray, answer);
+    service->setAdminEnabled(true);
+    QTcpSocket socket;
+    send(socket, sent);
+    QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
+    const QByteArray received = socket.readAll();
+    QVERIFY2(received.contains(answer), received.constData());
 }
 
 QTEST_GUILESS_MAIN(tst_Sim)

@@ -1,6 +1,7 @@
 #include "service.h"
 
 #include "admin.h"
+#include "adminguard.h"
 #include "answer.h"
 #include "framing.h"
 #include "idlewatch.h"
@@ -406,10 +407,9 @@ Reply ServicePrivate::serve(const RecordedRequest &request, QTcpSocket *socket)
     Reply reply;
     if (adminRequest) {
         // Only the machine itself may change how the service behaves.
-        reply = replyOf(socket->peerAddress().isLoopback()
-                                ? admin.answer(request)
-                                : error(403, "forbidden",
-                                        QStringLiteral("The admin routes answer loopback only.")));
+        const QString refusal = adminRefusal(request, socket->peerAddress(), q->port());
+        reply = replyOf(refusal.isEmpty() ? admin.answer(request)
+                                          : error(403, "forbidden", refusal));
     } else if (const std::optional<Fault> fault = takeFault(request)) {
         if (fault->status || !fault->body.isNull() || fault->dropConnection) {
             reply.status = fault->status ? fault->status : 200;

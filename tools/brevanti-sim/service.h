@@ -105,17 +105,18 @@ public:
     // Closes connections accepted from now on once no byte has moved on them for timeout, except
     // while the service holds an answer (a delay fault); zero never closes. Default 30 s.
     void setIdleTimeout(std::chrono::milliseconds timeout);
-    // Serves the routes under "/_sim/" to loopback clients: POST /_sim/faults (a fault as JSON),
-    // DELETE /_sim/faults, GET /_sim/requests, DELETE /_sim/requests. They are neither recorded
-    // nor bearer-checked, and no fault applies to them. Off by default: then "/_sim/..." is an
-    // ordinary path.
+    // Serves the routes under "/_sim/" to the machine itself (a loopback peer, a loopback Host, no
+    // Origin of another site: adminguard.h): POST /_sim/faults (a fault as JSON), DELETE
+    // /_sim/faults, GET /_sim/requests (credentials masked), DELETE /_sim/requests. They are
+    // neither recorded nor bearer-checked, and no fault applies to them. Off by default: then
+    // "/_sim/..." is an ordinary path.
     void setAdminEnabled(bool enabled);
 
     // The request record keeps the most recent count requests (at least 1; default 10000) and
     // at most bytes of each body (default 64 KiB), so that a long run stays bounded.
     void setRequestLimit(int count);
     void setRecordedBodyLimit(qsizetype bytes);
-    QList<RecordedRequest> requests() const;
+    QList<RecordedRequest> requests() const; // every header as it arrived, credentials too
     void clearRequests();
     int connectionCount() const; // TCP connections accepted since start
 
