@@ -69,6 +69,7 @@ private Q_SLOTS:
     void connectionEnds();
     void admin_data();
     void admin();
+    void recordBound();
 };
 
 void tst_Sim::init()
@@ -173,7 +174,8 @@ void tst_Sim::stateFileOnFullDisk()
 }
 
 // A connection ends after the answer its client asked to be the last, after a request whose
-// length cannot be trusted, or once no byte has moved for the idle time-out.
+// length cannot be trusted or that brings more than the limits, or once no byte has moved for the
+// idle time-out.
 void tst_Sim::connectionEnds_data()
 {
     QTest::addColumn<int>("idleMs");        // 0: no time-out
@@ -195,6 +197,16 @@ void tst_Sim::connectionEnds_data()
     QTest::newRow("answer held past it") // by a fault: the client is not the idle one
             << 100 << QByteArray(get).replace("/echo", "/slow") + close
             << QByteArray("HTTP/1.1 404");
+    QTest::newRow("header section over the limit")
+            << 0 << get + "X-Pad: " + QByteArray(4096, 'a') + "\r\n" + close
+            << QByteArray("HTTP/1.1 431");
+    QTest::newRow("body over the limit") << 0 << post + "Content-Length: 65\r\n\r\n"
+                                         << QByteArray("HTTP/1.1 413");
+    QTest::newRow("chunked body over the limit") << 0
+                                                 << post
+                    + "Transfer-Encoding: chunked\r\n\r\n41\r\n" + QByteArray(65, 'a')
+                    + "\r\n0\r\n\r\n" << QByteArray("HTTP/1.1 413");
+    QTest::newRow("header lines trickled") << 0 << get + "TRICKLE" << QByteArray("HTTP/1.1 408");
 }
 
 void tst_Sim::connectionEnds()
@@ -202,9 +214,17 @@ void tst_Sim::connectionEnds()
     QFETCH(int, idleMs);
     QFETCH(QByteArray, sent);
     service->setIdleTimeout(std::chrono::milliseconds(idleMs));
+    service->setHeaderLimit(4096);
+    service->setBodyLimit(64);
+    service->setHeaderTimeout(std::chrono::milliseconds(300));
     service->setFault("GET", "/slow", Fault{300, 0, {}, {}});
     QTcpSocket socket;
-    send(socket, sent);
+    QTimer trickle; // TRICKLE: one more header line at a time, never the blank line
+    connect(&trickle, &QTimer::timeout, &socket, [&socket] { socket.write("X-Slow: 1\r\n"); });
+    connect(&socket, &QAbstractSocket::disconnected, &trickle, &QTimer::stop);
+    if (sent.endsWith("TRICKLE"))
+        trickle.start(20);
+    send(socket, sent.replace("TRICKLE", ""));
     QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
     QTEST(socket.readAll().left(12), "answer");
 }
@@ -267,6 +287,18 @@ void tst_Sim::admin()
     QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
     const QByteArray received = socket.readAll();
     QVERIFY2(received.contains(answer), received.constData());
+}
+
+// Once the record passes its bound on bytes it drops the oldest requests first.
+void tst_Sim::recordBound()
+{
+    service->setRequestByteLimit(25000);
+    for (const char c : {'a', 'b', 'c'}) // about 10 kB each; init()'s token request went first
+        QCOMPARE(post("/echo", QByteArray(10000, c), bearer).first, 200);
+    QByteArray kept;
+    for (const RecordedRequest &request : service->requests())
+        kept += request.body.left(1);
+    QCOMPARE(kept, "bc");
 }
 
 QTEST_GUILESS_MAIN(tst_Sim)

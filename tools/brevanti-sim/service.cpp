@@ -5,6 +5,7 @@
 #include "answer.h"
 #include "framing.h"
 #include "idlewatch.h"
+#include "intake.h"
 #include "reply.h"
 #include "statefile.h"
 
@@ -256,6 +257,16 @@ QString reachableHost(const QHostAddress &address)
     return address.toString();
 }
 
+// What a recorded request takes, counted as the bytes it came in: the record is bounded by it.
+qsizetype recordSize(const RecordedRequest &request)
+{
+    qsizetype size = request.method.size() + request.path.size() + request.query.size()
+            + request.body.size();
+    for (const auto &[name, value] : request.headers)
+        size += name.size() + value.size();
+    return size;
+}
+
 } // namespace
 
 QByteArray RecordedRequest::header(const QByteArray &name) const
@@ -306,6 +317,7 @@ public:
     bool adminEnabled = false;
     int connections = 0; // outlives front, whose servers count into it
     std::chrono::milliseconds idleTimeout = std::chrono::seconds(30);
+    RequestLimits limits;
     HttpFront front;
     QTcpServer *tcp = nullptr; // owned by front
     QList<Route> routes;
@@ -324,6 +336,8 @@ public:
     QList<FaultEntry> faults;
     QList<RecordedRequest> requests;
     int requestLimit = 10000;
+    qsizetype requestByteLimit = 64 * 1024 * 1024;
+    qsizetype recordedBytes = 0; // what the requests in the record came in
     qsizetype recordedBodyLimit = 64 * 1024;
 };
 
@@ -365,6 +379,7 @@ void ServicePrivate::accept(QTcpSocket *socket)
 {
     socket->setProperty(ConnectionProperty, ++connections);
     IdleWatch::watch(socket, idleTimeout);
+    Intake::watch(socket, limits);
 }
 
 void ServicePrivate::handle(const QHttpServerRequest &request, QTcpSocket *socket)
@@ -435,6 +450,7 @@ Reply ServicePrivate::serve(const RecordedRequest &request, QTcpSocket *socket)
 void ServicePrivate::record(RecordedRequest request)
 {
     request.body = request.body.left(recordedBodyLimit);
+    recordedBytes += recordSize(request);
     requests.append(std::move(request));
     trimRequests();
     Q_EMIT q->requestRecorded(int(requests.size() - 1));
@@ -442,8 +458,10 @@ void ServicePrivate::record(RecordedRequest request)
 
 void ServicePrivate::trimRequests()
 {
-    if (requests.size() > requestLimit)
-        requests.remove(0, requests.size() - requestLimit);
+    // The newest stays even when it alone is over the bound: requestRecorded names it.
+    while (requests.size() > requestLimit
+           || (requests.size() > 1 && recordedBytes > requestByteLimit))
+        recordedBytes -= recordSize(requests.takeFirst());
 }
 
 std::optional<Fault> ServicePrivate::takeFault(const RecordedRequest &request)
@@ -901,6 +919,7 @@ QList<RecordedRequest> Service::requests() const
 void Service::clearRequests()
 {
     d->requests.clear();
+    d->recordedBytes = 0;
 }
 
 void Service::setRequestLimit(int count)
@@ -922,6 +941,27 @@ void Service::setIdleTimeout(std::chrono::milliseconds timeout)
 void Service::setAdminEnabled(bool enabled)
 {
     d->adminEnabled = enabled;
+}
+
+void Service::setRequestByteLimit(qsizetype bytes)
+{
+    d->requestByteLimit = std::max<qsizetype>(bytes, 0);
+    d->trimRequests();
+}
+
+void Service::setHeaderLimit(qsizetype bytes)
+{
+    d->limits.headerBytes = std::max<qsizetype>(bytes, 1);
+}
+
+void Service::setBodyLimit(qsizetype bytes)
+{
+    d->limits.bodyBytes = std::max<qsizetype>(bytes, 0);
+}
+
+void Service::setHeaderTimeout(std::chrono::milliseconds timeout)
+{
+    d->limits.headerTimeout = timeout;
 }
 
 int Service::connectionCount() const

@@ -112,18 +112,30 @@ public:
     // "/_sim/..." is an ordinary path.
     void setAdminEnabled(bool enabled);
 
-    // The request record keeps the most recent count requests (at least 1; default 10000) and
-    // at most bytes of each body (default 64 KiB), so that a long run stays bounded.
+    // A request whose header section (request line and headers, the blank line included) is over
+    // bytes gets 431, and one whose body is over bytes gets 413, at once when its Content-Length
+    // says so; either way its connection is closed after the answer. Defaults 64 KiB and 1 MiB.
+    // For connections accepted from now on.
+    void setHeaderLimit(qsizetype bytes);
+    void setBodyLimit(qsizetype bytes);
+    // Answers 408 and closes the connection when a request's header section has not all arrived
+    // timeout after its first byte; zero never. Default 10 s. For connections accepted from now on.
+    void setHeaderTimeout(std::chrono::milliseconds timeout);
+
+    // The request record keeps the most recent count requests (at least 1; default 10000), as
+    // many as fit in bytes (default 64 MiB, counted as the requests came in, the newest always
+    // kept), and at most bytes of each body (default 64 KiB), so that a long run stays bounded.
     void setRequestLimit(int count);
+    void setRequestByteLimit(qsizetype bytes);
     void setRecordedBodyLimit(qsizetype bytes);
     QList<RecordedRequest> requests() const; // every header as it arrived, credentials too
     void clearRequests();
     int connectionCount() const; // TCP connections accepted since start
 
 Q_SIGNALS:
-    // A request was recorded: it is requests().at(index) while the signal is emitted. Once the
-    // record is full the oldest request is dropped first, so the index then stays one less than
-    // the request limit, and every earlier request moves down by one.
+    // A request was recorded: it is requests().at(index), the last, while the signal is emitted.
+    // Once the record is full, by count or by bytes, the oldest requests are dropped first, so the
+    // index then stays below the request limit, and every earlier request moves down.
     void requestRecorded(int index);
 
 private:
