@@ -178,12 +178,14 @@ void tst_Sim::stateFileOnFullDisk()
 // idle time-out.
 void tst_Sim::connectionEnds_data()
 {
-    QTest::addColumn<int>("idleMs");        // 0: no time-out
-    QTest::addColumn<QByteArray>("sent");   // BEARER: init()'s token
+    QTest::addColumn<int>("idleMs"); // 0: no time-out
+    // BEARER: init()'s token; TRICKLE: header lines follow one at a time, never the blank line
+    QTest::addColumn<QByteArray>("sent");
     QTest::addColumn<QByteArray>("answer"); // the status line's start; empty: none
     const QByteArray get = "GET /echo HTTP/1.1\r\nHost: sim\r\nAuthorization: BEARER\r\n",
                      post = QByteArray(get).replace("GET", "POST"), ok = "HTTP/1.1 200",
-                     bad = "HTTP/1.1 400", close = "Connection: close\r\n\r\n";
+                     bad = "HTTP/1.1 400", close = "Connection: close\r\n\r\n",
+                     chunked = post + "Transfer-Encoding: chunked\r\n\r\n";
     QTest::newRow("Connection: close") << 0 << get + close << ok;
     QTest::newRow("length -1") << 0 << post + "Content-Length: -1\r\n\r\na=1" << bad;
     QTest::newRow("two lengths") << 0
@@ -202,10 +204,9 @@ void tst_Sim::connectionEnds_data()
             << QByteArray("HTTP/1.1 431");
     QTest::newRow("body over the limit") << 0 << post + "Content-Length: 65\r\n\r\n"
                                          << QByteArray("HTTP/1.1 413");
-    QTest::newRow("chunked body over the limit") << 0
-                                                 << post
-                    + "Transfer-Encoding: chunked\r\n\r\n41\r\n" + QByteArray(65, 'a')
-                    + "\r\n0\r\n\r\n" << QByteArray("HTTP/1.1 413");
+    QTest::newRow("chunked body over the limit")
+            << 0 << chunked + "41\r\n" + QByteArray(65, 'a') + "\r\n0\r\n\r\n"
+            << QByteArray("HTTP/1.1 413");
     QTest::newRow("header lines trickled") << 0 << get + "TRICKLE" << QByteArray("HTTP/1.1 408");
 }
 
@@ -219,7 +220,7 @@ void tst_Sim::connectionEnds()
     service->setHeaderTimeout(std::chrono::milliseconds(300));
     service->setFault("GET", "/slow", Fault{300, 0, {}, {}});
     QTcpSocket socket;
-    QTimer trickle; // TRICKLE: one more header line at a time, never the blank line
+    QTimer trickle;
     connect(&trickle, &QTimer::timeout, &socket, [&socket] { socket.write("X-Slow: 1\r\n"); });
     connect(&socket, &QAbstractSocket::disconnected, &trickle, &QTimer::stop);
     if (sent.endsWith("TRICKLE"))
