@@ -5,6 +5,8 @@
 #include <QHash>
 #include <QJsonArray>
 
+#include <algorithm>
+
 namespace bvtsim {
 
 namespace {
@@ -23,12 +25,27 @@ Answer methodNotAllowed(const QByteArray &allowed)
     return answer;
 }
 
+// A header as the record shows it: credentials by their scheme alone, so that whatever reads the
+// record (a log, a shared terminal) learns no secret from it.
+QByteArray shown(const QByteArray &name, const QByteArray &value)
+{
+    if (name.compare("Cookie", Qt::CaseInsensitive) == 0)
+        return "***";
+    if (name.compare("Authorization", Qt::CaseInsensitive) != 0
+        && name.compare("Proxy-Authorization", Qt::CaseInsensitive) != 0)
+        return value;
+    const QByteArray credentials = value.trimmed();
+    const qsizetype space = credentials.indexOf(' ');
+    return space < 0 ? QByteArray("***") : credentials.left(space) + " ***";
+}
+
 // Header values are Latin-1 on the wire; bodies are shown as UTF-8 text.
 QJsonObject requestJson(const RecordedRequest &request)
 {
     QJsonArray headers;
     for (const auto &[name, value] : request.headers)
-        headers.append(QJsonArray{QString::fromLatin1(name), QString::fromLatin1(value)});
+        headers.append(
+                QJsonArray{QString::fromLatin1(name), QString::fromLatin1(shown(name, value))});
     return {{"method", QString::fromLatin1(request.method)}, {"path", request.path},
             {"query", QString::fromLatin1(request.query)},   {"headers", headers},
             {"body", QString::fromUtf8(request.body)},       {"connection", request.connection}};
@@ -45,6 +62,25 @@ const QHash<QString, QJsonValue::Type> &faultMembers()
             {"times", QJsonValue::Double},         {"headers", QJsonValue::Object},
             {"stall_after_half", QJsonValue::Bool}};
     return members;
+}
+
+// Whether name can be sent as a header name: an HTTP token, so no separator, space or line end.
+bool isHeaderName(const QString &name)
+{
+    return !name.isEmpty() && std::all_of(name.begin(), name.end(), [](QChar c) {
+        return (c.isLetterOrNumber() && c.unicode() < 0x80)
+                || QLatin1String("!#$%&'*+-.^_`|~").contains(c);
+    });
+}
+
+// Whether value can be sent as a header value: Latin-1 without control characters but the tab, so
+// that it cannot end its line and start another header or the body.
+bool isHeaderValue(const QString &value)
+{
+    return std::all_of(value.begin(), value.end(), [](QChar c) {
+        return c == QLatin1Char('\t')
+                || (c.unicode() >= 0x20 && c.unicode() != 0x7f && c.unicode() <= 0xff);
+    });
 }
 
 // A present string member as bytes, empty but not null when it is "", so that it still counts.
@@ -114,10 +150,17 @@ Answer AdminRoutes::setFault(const QByteArray &json) const
     fault.truncateBody = object.value(QLatin1String("truncate_body")).toBool();
     fault.stallAfterHalf = object.value(QLatin1String("stall_after_half")).toBool();
     fault.times = object.value(QLatin1String("times")).toInt(-1);
+    if (!isHeaderValue(object.value(QLatin1String("content_type")).toString()))
+        return invalid(QStringLiteral("content_type holds a line end, a control character or a "
+                                      "character beyond Latin-1."));
     const QJsonObject headers = object.value(QLatin1String("headers")).toObject();
     for (auto it = headers.begin(); it != headers.end(); ++it) {
         if (!it.value().isString())
             return invalid(QStringLiteral("The header %1 is not a string.").arg(it.key()));
+        if (!isHeaderName(it.key()) || !isHeaderValue(it.value().toString()))
+            return invalid(QStringLiteral("The header %1 is not a token with a value of Latin-1 "
+                                          "text without line ends or control characters.")
+                                   .arg(it.key()));
         fault.headers.append({it.key().toLatin1(), it.value().toString().toLatin1()});
     }
     m_service.setFault(

@@ -1,4 +1,5 @@
 #include "service.h"
+#include "statefile.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -16,10 +17,10 @@
 
 namespace {
 
-[[noreturn]] void fail(const QString &message)
+[[noreturn]] void fail(const QString &message, int status = EXIT_FAILURE)
 {
     QTextStream(stderr) << "brevanti-sim: " << message << Qt::endl;
-    std::exit(EXIT_FAILURE);
+    std::exit(status);
 }
 
 QByteArray readFile(const QString &path)
@@ -80,7 +81,8 @@ int main(int argc, char *argv[])
             QStringLiteral("ID:SECRET"));
     const QCommandLineOption stateOption(
             QStringLiteral("state"),
-            QStringLiteral("JSON file that keeps issued tokens and devices across runs."),
+            QStringLiteral("JSON file that keeps issued tokens and devices across runs; a regular "
+                           "file or a new one (anything else: exit status 2)."),
             QStringLiteral("FILE"));
     const QCommandLineOption lifetimeOption(
             QStringLiteral("token-lifetime"),
@@ -111,17 +113,39 @@ int main(int argc, char *argv[])
             QStringLiteral("request-limit"),
             QStringLiteral("Recorded requests kept, the most recent (default 10000)."),
             QStringLiteral("N"));
+    const QCommandLineOption requestBytesOption(
+            QStringLiteral("request-byte-limit"),
+            QStringLiteral("Bytes the recorded requests may take in all, the most recent kept "
+                           "(default 67108864)."),
+            QStringLiteral("BYTES"));
     const QCommandLineOption bodyLimitOption(
             QStringLiteral("recorded-body-limit"),
             QStringLiteral("Bytes kept of each recorded request body (default 65536)."),
             QStringLiteral("BYTES"));
+    const QCommandLineOption headerLimitOption(
+            QStringLiteral("header-limit"),
+            QStringLiteral("Largest request header section taken; a larger one gets 431 and the "
+                           "connection is closed (default 65536)."),
+            QStringLiteral("BYTES"));
+    const QCommandLineOption acceptedBodyOption(
+            QStringLiteral("body-limit"),
+            QStringLiteral("Largest request body taken; a larger one gets 413 and the connection "
+                           "is closed (default 1048576)."),
+            QStringLiteral("BYTES"));
+    const QCommandLineOption headerTimeoutOption(
+            QStringLiteral("header-timeout"),
+            QStringLiteral("Answer 408 and close the connection when a request's headers have "
+                           "not all arrived this long after its first byte; 0 never (default "
+                           "10)."),
+            QStringLiteral("SECONDS"));
     const QCommandLineOption adminOption(
             QStringLiteral("admin"),
             QStringLiteral("Serve the admin routes under /_sim/ (faults, recorded requests) to "
                            "loopback clients."));
     parser.addOptions({portOption, clientOption, stateOption, lifetimeOption, hostOption,
                        catalogueOption, certificateOption, keyOption, idleOption,
-                       requestLimitOption, bodyLimitOption, adminOption});
+                       requestLimitOption, requestBytesOption, bodyLimitOption, headerLimitOption,
+                       acceptedBodyOption, headerTimeoutOption, adminOption});
     parser.process(app);
 
     bool ok = false;
@@ -152,12 +176,26 @@ int main(int argc, char *argv[])
         service.setIdleTimeout(std::chrono::seconds(*idle));
     if (const auto limit = number(parser, requestLimitOption, 1))
         service.setRequestLimit(int(*limit));
+    if (const auto limit = number(parser, requestBytesOption, 0))
+        service.setRequestByteLimit(*limit);
     if (const auto limit = number(parser, bodyLimitOption, 0))
         service.setRecordedBodyLimit(*limit);
+    if (const auto limit = number(parser, headerLimitOption, 1))
+        service.setHeaderLimit(*limit);
+    if (const auto limit = number(parser, acceptedBodyOption, 0))
+        service.setBodyLimit(*limit);
+    if (const auto timeout = number(parser, headerTimeoutOption, 0))
+        service.setHeaderTimeout(std::chrono::seconds(*timeout));
     service.setAdminEnabled(parser.isSet(adminOption));
-    QString problem;
-    if (parser.isSet(stateOption) && !service.setStateFile(parser.value(stateOption), &problem))
-        fail(problem);
+    if (parser.isSet(stateOption)) {
+        const QString path = parser.value(stateOption);
+        // A status of its own: a path that names a device or a FIFO is a mistake in the command.
+        QString problem = bvtsim::stateFileTypeProblem(path);
+        if (!problem.isEmpty())
+            fail(problem, 2);
+        if (!service.setStateFile(path, &problem))
+            fail(problem);
+    }
     if (parser.isSet(catalogueOption)) {
         const QString path = parser.value(catalogueOption);
         QJsonParseError parseError;

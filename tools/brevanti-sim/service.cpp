@@ -1,9 +1,12 @@
 #include "service.h"
 
 #include "admin.h"
+#include "adminguard.h"
 #include "answer.h"
 #include "framing.h"
 #include "idlewatch.h"
+#include "intake.h"
+#include "reply.h"
 #include "statefile.h"
 
 #include <QAbstractHttpServer>
@@ -30,6 +33,7 @@
 #include <algorithm>
 #include <functional>
 #include <optional>
+#include <tuple>
 
 namespace bvtsim {
 
@@ -243,101 +247,6 @@ QByteArray credentials(const RecordedRequest &request, const QByteArray &scheme)
     return authorization.mid(space + 1).trimmed();
 }
 
-QByteArray reasonPhrase(int status)
-{
-    switch (status) {
-    case 200:
-        return "OK";
-    case 201:
-        return "Created";
-    case 204:
-        return "No Content";
-    case 301:
-        return "Moved Permanently";
-    case 302:
-        return "Found";
-    case 303:
-        return "See Other";
-    case 307:
-        return "Temporary Redirect";
-    case 308:
-        return "Permanent Redirect";
-    case 400:
-        return "Bad Request";
-    case 401:
-        return "Unauthorized";
-    case 403:
-        return "Forbidden";
-    case 404:
-        return "Not Found";
-    case 405:
-        return "Method Not Allowed";
-    case 409:
-        return "Conflict";
-    case 422:
-        return "Unprocessable Entity";
-    case 429:
-        return "Too Many Requests";
-    case 500:
-        return "Internal Server Error";
-    case 502:
-        return "Bad Gateway";
-    case 503:
-        return "Service Unavailable";
-    case 504:
-        return "Gateway Timeout";
-    default:
-        return "Status " + QByteArray::number(status);
-    }
-}
-
-// Everything the service sends back for one request.
-struct Reply
-{
-    int status = 200;
-    QByteArray contentType = "application/json";
-    QList<QPair<QByteArray, QByteArray>> headers;
-    QByteArray body;
-    bool dropConnection = false;
-    bool truncateBody = false;
-    bool stallAfterHalf = false; // a truncated body leaves the connection open, silent
-    bool close = false;          // the connection ends after this answer
-    int delayMs = 0;             // sent this much later
-};
-
-Reply replyOf(const Answer &answer)
-{
-    Reply reply;
-    reply.status = answer.status;
-    reply.body = answer.body.toJson(QJsonDocument::Compact);
-    reply.headers = answer.headers;
-    return reply;
-}
-
-void respond(QTcpSocket *socket, const QByteArray &method, const Reply &reply)
-{
-    if (reply.dropConnection) {
-        socket->abort();
-        return;
-    }
-    QByteArray head = "HTTP/1.1 " + QByteArray::number(reply.status) + ' '
-            + reasonPhrase(reply.status) + "\r\n";
-    // A 204 has no body, so it announces neither a length nor a type.
-    const bool hasBody = reply.status != 204;
-    if (hasBody)
-        head += "Content-Type: " + reply.contentType
-                + "\r\nContent-Length: " + QByteArray::number(reply.body.size()) + "\r\n";
-    for (const auto &[name, value] : reply.headers)
-        head += name + ": " + value + "\r\n";
-    if (reply.close)
-        head += "Connection: close\r\n";
-    socket->write(head + "\r\n");
-    if (hasBody && method != "HEAD")
-        socket->write(reply.truncateBody ? reply.body.left(reply.body.size() / 2) : reply.body);
-    if ((reply.truncateBody && !reply.stallAfterHalf) || reply.close)
-        socket->disconnectFromHost(); // still sends what was written
-}
-
 QString reachableHost(const QHostAddress &address)
 {
     // A wildcard address is reached through the loopback address of its family.
@@ -346,6 +255,16 @@ QString reachableHost(const QHostAddress &address)
     if (address == QHostAddress::Any || address == QHostAddress::AnyIPv4)
         return QStringLiteral("127.0.0.1");
     return address.toString();
+}
+
+// What a recorded request takes, counted as the bytes it came in: the record is bounded by it.
+qsizetype recordSize(const RecordedRequest &request)
+{
+    qsizetype size = request.method.size() + request.path.size() + request.query.size()
+            + request.body.size();
+    for (const auto &[name, value] : request.headers)
+        size += name.size() + value.size();
+    return size;
 }
 
 } // namespace
@@ -386,13 +305,19 @@ public:
 
     void dropExpiredTokens();
     void loadState(const QJsonObject &state);
-    void saveState();
+    void saveState(); // sets saveFailed when the file could not be written
+
+    using Stored = std::tuple<QHash<QByteArray, qint64>, QHash<QString, QJsonObject>, QStringList,
+                              QStringList, QJsonObject>;
+    // What the state file holds, as references: assigning to it restores a copy.
+    auto stored() { return std::tie(tokens, devices, deviceOrder, users, preferences); }
 
     Service *q;
     AdminRoutes admin;
     bool adminEnabled = false;
     int connections = 0; // outlives front, whose servers count into it
     std::chrono::milliseconds idleTimeout = std::chrono::seconds(30);
+    RequestLimits limits;
     HttpFront front;
     QTcpServer *tcp = nullptr; // owned by front
     QList<Route> routes;
@@ -407,9 +332,12 @@ public:
     // addressee ("device:<uuid>", "user:<identifier>") -> category key -> preference key -> bool
     QJsonObject preferences;
     QString stateFile;
+    bool saveFailed = false;
     QList<FaultEntry> faults;
     QList<RecordedRequest> requests;
     int requestLimit = 10000;
+    qsizetype requestByteLimit = 64 * 1024 * 1024;
+    qsizetype recordedBytes = 0; // what the requests in the record came in
     qsizetype recordedBodyLimit = 64 * 1024;
 };
 
@@ -451,6 +379,7 @@ void ServicePrivate::accept(QTcpSocket *socket)
 {
     socket->setProperty(ConnectionProperty, ++connections);
     IdleWatch::watch(socket, idleTimeout);
+    Intake::watch(socket, limits);
 }
 
 void ServicePrivate::handle(const QHttpServerRequest &request, QTcpSocket *socket)
@@ -493,10 +422,9 @@ Reply ServicePrivate::serve(const RecordedRequest &request, QTcpSocket *socket)
     Reply reply;
     if (adminRequest) {
         // Only the machine itself may change how the service behaves.
-        reply = replyOf(socket->peerAddress().isLoopback()
-                                ? admin.answer(request)
-                                : error(403, "forbidden",
-                                        QStringLiteral("The admin routes answer loopback only.")));
+        const QString refusal = adminRefusal(request, socket->peerAddress(), q->port());
+        reply = replyOf(refusal.isEmpty() ? admin.answer(request)
+                                          : error(403, "forbidden", refusal));
     } else if (const std::optional<Fault> fault = takeFault(request)) {
         if (fault->status || !fault->body.isNull() || fault->dropConnection) {
             reply.status = fault->status ? fault->status : 200;
@@ -522,6 +450,7 @@ Reply ServicePrivate::serve(const RecordedRequest &request, QTcpSocket *socket)
 void ServicePrivate::record(RecordedRequest request)
 {
     request.body = request.body.left(recordedBodyLimit);
+    recordedBytes += recordSize(request);
     requests.append(std::move(request));
     trimRequests();
     Q_EMIT q->requestRecorded(int(requests.size() - 1));
@@ -529,8 +458,10 @@ void ServicePrivate::record(RecordedRequest request)
 
 void ServicePrivate::trimRequests()
 {
-    if (requests.size() > requestLimit)
-        requests.remove(0, requests.size() - requestLimit);
+    // The newest stays even when it alone is over the bound: requestRecorded names it.
+    while (requests.size() > requestLimit
+           || (requests.size() > 1 && recordedBytes > requestByteLimit))
+        recordedBytes -= recordSize(requests.takeFirst());
 }
 
 std::optional<Fault> ServicePrivate::takeFault(const RecordedRequest &request)
@@ -565,7 +496,19 @@ Answer ServicePrivate::dispatch(const RecordedRequest &request)
                      QStringLiteral("The access token is missing, unknown or expired."));
     if (!route)
         return error(404, "not_found", QStringLiteral("There is no such route."));
-    return route->handler(request);
+    // A change that cannot be saved is undone, so that the service holds what its file holds and
+    // a retry makes the whole change again. Copies of the state are cheap until a change detaches
+    // them, so one is taken only when there is a file to save to.
+    std::optional<Stored> before;
+    if (!stateFile.isEmpty())
+        before = stored();
+    saveFailed = false;
+    Answer answer = route->handler(request);
+    if (!saveFailed)
+        return answer;
+    stored() = *before;
+    return error(503, "state_not_saved",
+                 QStringLiteral("The change could not be saved to the state file; it is undone."));
 }
 
 bool ServicePrivate::bearerValid(const RecordedRequest &request) const
@@ -828,8 +771,10 @@ void ServicePrivate::saveState()
                             {"users", QJsonArray::fromStringList(users)},
                             {"preferences", preferences}};
     QString problem;
-    if (!writeStateFile(stateFile, state, &problem))
-        qCWarning(lcSim) << "cannot write state file" << stateFile << problem;
+    saveFailed = !writeStateFile(stateFile, state, &problem);
+    if (saveFailed)
+        qCWarning(lcSim).noquote() << "cannot write state file" << stateFile
+                                   << "(" + problem + "); the change is undone and answered 503";
 }
 
 Service::Service(QObject *parent) : QObject(parent), d(std::make_unique<ServicePrivate>(this)) { }
@@ -974,6 +919,7 @@ QList<RecordedRequest> Service::requests() const
 void Service::clearRequests()
 {
     d->requests.clear();
+    d->recordedBytes = 0;
 }
 
 void Service::setRequestLimit(int count)
@@ -995,6 +941,27 @@ void Service::setIdleTimeout(std::chrono::milliseconds timeout)
 void Service::setAdminEnabled(bool enabled)
 {
     d->adminEnabled = enabled;
+}
+
+void Service::setRequestByteLimit(qsizetype bytes)
+{
+    d->requestByteLimit = std::max<qsizetype>(bytes, 0);
+    d->trimRequests();
+}
+
+void Service::setHeaderLimit(qsizetype bytes)
+{
+    d->limits.headerBytes = std::max<qsizetype>(bytes, 1);
+}
+
+void Service::setBodyLimit(qsizetype bytes)
+{
+    d->limits.bodyBytes = std::max<qsizetype>(bytes, 0);
+}
+
+void Service::setHeaderTimeout(std::chrono::milliseconds timeout)
+{
+    d->limits.headerTimeout = timeout;
 }
 
 int Service::connectionCount() const

@@ -77,8 +77,10 @@ public:
 
     // JSON file the service loads now (when it exists) and rewrites after every change, readable
     // by its owner alone. Returns false, with the reason in *errorMessage, leaving the file alone
-    // and keeping no state file, when the file is not one the service wrote or the path cannot be
-    // written.
+    // and keeping no state file, when the path names something other than a regular file (a
+    // symbolic link is followed), the file is not one the service wrote, or the path cannot be
+    // written. A change that cannot be saved whole (a full disk) is undone and answered 503, with
+    // a warning, and the file keeps the state before it.
     bool setStateFile(const QString &path, QString *errorMessage = nullptr);
 
     // The registered device with every member ("user" and "push_token" null when unset); an
@@ -103,24 +105,37 @@ public:
     // Closes connections accepted from now on once no byte has moved on them for timeout, except
     // while the service holds an answer (a delay fault); zero never closes. Default 30 s.
     void setIdleTimeout(std::chrono::milliseconds timeout);
-    // Serves the routes under "/_sim/" to loopback clients: POST /_sim/faults (a fault as JSON),
-    // DELETE /_sim/faults, GET /_sim/requests, DELETE /_sim/requests. They are neither recorded
-    // nor bearer-checked, and no fault applies to them. Off by default: then "/_sim/..." is an
-    // ordinary path.
+    // Serves the routes under "/_sim/" to the machine itself (a loopback peer, a loopback Host, no
+    // Origin of another site: adminguard.h): POST /_sim/faults (a fault as JSON), DELETE
+    // /_sim/faults, GET /_sim/requests (credentials masked), DELETE /_sim/requests. They are
+    // neither recorded nor bearer-checked, and no fault applies to them. Off by default: then
+    // "/_sim/..." is an ordinary path.
     void setAdminEnabled(bool enabled);
 
-    // The request record keeps the most recent count requests (at least 1; default 10000) and
-    // at most bytes of each body (default 64 KiB), so that a long run stays bounded.
+    // A request whose header section (request line and headers, the blank line included) is over
+    // bytes gets 431, and one whose body is over bytes gets 413, at once when its Content-Length
+    // says so; either way its connection is closed after the answer. Defaults 64 KiB and 1 MiB.
+    // For connections accepted from now on.
+    void setHeaderLimit(qsizetype bytes);
+    void setBodyLimit(qsizetype bytes);
+    // Answers 408 and closes the connection when a request's header section has not all arrived
+    // timeout after its first byte; zero never. Default 10 s. For connections accepted from now on.
+    void setHeaderTimeout(std::chrono::milliseconds timeout);
+
+    // The request record keeps the most recent count requests (at least 1; default 10000), as
+    // many as fit in bytes (default 64 MiB, counted as the requests came in, the newest always
+    // kept), and at most bytes of each body (default 64 KiB), so that a long run stays bounded.
     void setRequestLimit(int count);
+    void setRequestByteLimit(qsizetype bytes);
     void setRecordedBodyLimit(qsizetype bytes);
-    QList<RecordedRequest> requests() const;
+    QList<RecordedRequest> requests() const; // every header as it arrived, credentials too
     void clearRequests();
     int connectionCount() const; // TCP connections accepted since start
 
 Q_SIGNALS:
-    // A request was recorded: it is requests().at(index) while the signal is emitted. Once the
-    // record is full the oldest request is dropped first, so the index then stays one less than
-    // the request limit, and every earlier request moves down by one.
+    // A request was recorded: it is requests().at(index), the last, while the signal is emitted.
+    // Once the record is full, by count or by bytes, the oldest requests are dropped first, so the
+    // index then stays below the request limit, and every earlier request moves down.
     void requestRecorded(int index);
 
 private:

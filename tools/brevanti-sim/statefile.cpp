@@ -1,6 +1,7 @@
 #include "statefile.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QJsonDocument>
 #include <QJsonValue>
@@ -29,6 +30,17 @@ bool isState(const QJsonDocument &document)
 
 } // namespace
 
+QString stateFileTypeProblem(const QString &path)
+{
+    // Asked before anything opens it: opening a FIFO waits for a writer, and a save would put a
+    // regular file in the place of a device node.
+    const QFileInfo info(path);
+    if (!info.exists() || info.isFile())
+        return QString();
+    return QStringLiteral("%1 is not a regular file; refusing to use it as the state file")
+            .arg(path);
+}
+
 std::optional<QJsonObject> readStateFile(const QString &path, QString *error)
 {
     const auto fail = [&](const QString &reason) -> std::optional<QJsonObject> {
@@ -36,6 +48,8 @@ std::optional<QJsonObject> readStateFile(const QString &path, QString *error)
             *error = reason;
         return std::nullopt;
     };
+    if (const QString problem = stateFileTypeProblem(path); !problem.isEmpty())
+        return fail(problem);
     QJsonObject state;
     QFile file(path);
     if (file.exists()) {
@@ -67,14 +81,25 @@ std::optional<QJsonObject> readStateFile(const QString &path, QString *error)
 
 bool writeStateFile(const QString &path, const QJsonObject &state, QString *error)
 {
+    const QByteArray bytes = QJsonDocument(state).toJson();
     QSaveFile file(path);
+    const auto fail = [&](const QString &reason) {
+        if (error)
+            *error = reason;
+        file.cancelWriting();
+        return false;
+    };
     // Before the first byte: a save file otherwise takes the mode of the file it replaces.
-    const bool written = file.open(QIODevice::WriteOnly)
-            && file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)
-            && file.write(QJsonDocument(state).toJson()) >= 0 && file.commit();
-    if (!written && error)
-        *error = file.errorString();
-    return written;
+    if (!file.open(QIODevice::WriteOnly)
+        || !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner))
+        return fail(file.errorString());
+    // A full disk takes part of the bytes without an error: write() answers fewer, or flush()
+    // fails on what it buffered, which commit() would not tell, renaming the cut file into place.
+    if (file.write(bytes) != bytes.size() || !file.flush())
+        return fail(QStringLiteral("not all of its %1 bytes could be written (%2)")
+                            .arg(bytes.size())
+                            .arg(file.errorString()));
+    return file.commit() || fail(file.errorString());
 }
 
 } // namespace bvtsim
