@@ -27,8 +27,8 @@ bool fetchToken(const std::shared_ptr<BVTManager> &manager)
 }
 
 // Answers every request on loopback in a way no honest server does: a chunked body four times
-// what the library reads, a length of a terabyte announced and then four times the limit sent,
-// or a small JSON body one byte at a time.
+// what the library reads, a length too large for any number announced, or a small JSON body one
+// byte at a time.
 class HostileServer : public QTcpServer
 {
 public:
@@ -51,17 +51,17 @@ public:
 private:
     void answer(QTcpSocket *socket)
     {
-        const qint64 past = 4 * bvt::HttpClient::answerLimit;
         const QByteArray block(64 * 1024, ' ');
         QByteArray head = "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n";
         if (m_kind == "chunks") {
             const QByteArray chunk = QByteArray::number(block.size(), 16) + "\r\n" + block + "\r\n";
             socket->write(head + "Transfer-Encoding: chunked\r\n\r\n"
-                          + chunk.repeated(past / block.size()) + "0\r\n\r\n");
+                          + chunk.repeated(4 * bvt::HttpClient::answerLimit / block.size())
+                          + "0\r\n\r\n");
         } else if (m_kind == "huge length") {
-            socket->write(head + "Content-Length: 1099511627776\r\n\r\n"
-                          + block.repeated(past / block.size()));
-            socket->disconnectFromHost();
+            // More than a 64-bit number holds, then a little of it and silence: the length alone
+            // must end the call.
+            socket->write(head + "Content-Length: 99999999999999999999\r\n\r\n" + block);
         } else {
             const QByteArray json = "[" + QByteArray("0,").repeated(20) + "0]";
             socket->write(head + "Content-Length: " + QByteArray::number(json.size()) + "\r\n\r\n");
