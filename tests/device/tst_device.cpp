@@ -348,7 +348,10 @@ void TestDevice::onlyFailedWritesAreLoggedAndTheyAreKept()
 
 void TestDevice::entryThatCannotBeDecodedIsAbsent_data()
 {
-    QTest::addColumn<QByteArray>("value"); // the entry's text in the settings file
+    QTest::addColumn<QByteArray>("settings"); // the settings file
+    QTest::addColumn<QString>("read");        // null: absent, so the device registers
+    const QByteArray key = "com.brevanti.ios.BVTDeviceId=";
+    const auto entry = [&key](const QByteArray &value) { return "[General]\n" + key + value; };
     // What the store writes for a string UTF-8 cannot carry, cut in its middle.
     const QString unpaired = QChar(0xD800) + QStringLiteral("x");
     m_manager->setBVTUserId(unpaired);
@@ -360,25 +363,34 @@ void TestDevice::entryThatCannotBeDecodedIsAbsent_data()
     QVERIFY(whole.startsWith("@Variant(") && whole.endsWith(')'));
     // Its type's name kept, the text's length and units gone.
     QTest::newRow("binary form cut short")
-            << whole.left(whole.indexOf("Utf16Text") + int(qstrlen("Utf16Text\\0"))) + ")";
-    QTest::newRow("binary form without its end") << whole.left(whole.size() - 8);
-    QTest::newRow("string in binary form, cut short") << QByteArray(R"(@Variant(\0\0\0\n))");
+            << entry(whole.left(whole.indexOf("Utf16Text") + int(qstrlen("Utf16Text\\0"))) + ")")
+            << QString();
+    QTest::newRow("binary form without its end")
+            << entry(whole.left(whole.size() - 8)) << QString();
+    const QByteArray cutString = R"(@Variant(\0\0\0\n))";
+    QTest::newRow("string in binary form, cut short") << entry(cutString) << QString();
+    // The same key in another group is another entry.
+    QTest::newRow("cut short in another group")
+            << "[Other]\n" + key + cutString + "\n" + entry("kept") << "kept";
 }
 
 // An entry written in the binary form and cut short reads as absent, not as an empty or garbled
 // identifier, so the device registers again instead of never.
 void TestDevice::entryThatCannotBeDecodedIsAbsent()
 {
-    QFETCH(QByteArray, value);
+    QFETCH(QByteArray, settings);
+    QFETCH(QString, read);
     QFile file(QSettings().fileName());
     QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("[General]\ncom.brevanti.ios.BVTDeviceId=" + value + "\n");
+    file.write(settings + "\n");
     file.close();
-    QVERIFY(m_manager->currentDevice().isNull());
+    QCOMPARE(m_manager->currentDevice(), read);
+    QCOMPARE(m_manager->currentDevice().isNull(), read.isNull());
     m_manager->initDevice();
     QTRY_VERIFY(m_local->nothingUnderWay());
-    QCOMPARE(m_local->requestsFor("/devices").size(), 1);
-    QCOMPARE(m_manager->currentDevice(), m_local->service().deviceIds().constLast());
+    QCOMPARE(m_local->requestsFor("/devices").size(), read.isNull() ? 1 : 0);
+    if (read.isNull())
+        QCOMPARE(m_manager->currentDevice(), m_local->service().deviceIds().constLast());
 }
 
 void TestDevice::fullDiskKeepsTheFileAndTheValues_data()
