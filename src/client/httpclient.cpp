@@ -145,13 +145,20 @@ void HttpClient::send(const HttpRequest &request, const Completion &done)
     networkRequest.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                                 QNetworkRequest::ManualRedirectPolicy);
 
-    // Every request goes with a body it can read only once, a GET's empty (Content-Length 0).
+    // A GET goes as GETs do, without a body, so that Qt may send it again on a fresh connection
+    // when a kept-alive one turns out closed. Every other request goes with a body it can read
+    // only once, so that it reaches the service at most once.
     QNetworkAccessManager *manager = networkAccessManager();
-    auto *body = new OneShotBody(request.body);
-    networkRequest.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
-    networkRequest.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
-    QNetworkReply *reply = manager->sendCustomRequest(networkRequest, request.method, body);
-    body->setParent(reply);
+    QNetworkReply *reply = nullptr;
+    if (request.method == "GET") {
+        reply = manager->get(networkRequest);
+    } else {
+        auto *body = new OneShotBody(request.body);
+        networkRequest.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
+        networkRequest.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+        reply = manager->sendCustomRequest(networkRequest, request.method, body);
+        body->setParent(reply);
+    }
     // Qt reads ahead of the library no further than this.
     reply->setReadBufferSize(1024 * 1024);
 

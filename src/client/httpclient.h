@@ -47,9 +47,10 @@ public:
 
     // Sends the request and calls done exactly once, later, on the thread of the network access
     // manager (the main thread): also when the host deletes its manager while the request is under
-    // way (as an answer that never arrived). Redirects are not followed, and the request is never
-    // sent a second time. An answer that is late, larger than answerLimit or framed two ways
-    // (two lengths, or a length beside chunks) fails as if none had arrived.
+    // way (as an answer that never arrived). Redirects are not followed. A POST or PATCH is never
+    // sent a second time; a GET may be, once, by Qt, when its connection closes unanswered. An
+    // answer that is late, larger than answerLimit or framed two ways (two lengths, or a length
+    // beside chunks) fails as if none had arrived.
     static void send(const HttpRequest &request, const Completion &done);
 
     // Whether a header value can go on the wire as it stands: no line break, NUL or other control
