@@ -1,5 +1,6 @@
 #include "bvtmanagerprivate.h"
 
+#include "callwitness.h"
 #include "core/log.h"
 #include "formencoder.h"
 #include "httpclient.h"
@@ -41,6 +42,8 @@ void BVTManager::patchUrl(const QString &path, const BVTParameters &parameters,
 void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParameters &parameters,
                       const BVTSuccessBlock &success, const BVTFailureBlock &failure)
 {
+    // Told last, after the caller's callbacks and the store updates they make.
+    const bvt::CallWitness::Report report = bvt::CallWitness::take();
     const QString url = bvt::formatLine("%@%@", {bvt::describe(d->origin), bvt::describe(path)});
     bvt::log("Submit Url: %@", url);
     if (verb.logsCredentials)
@@ -49,16 +52,25 @@ void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParam
     // not even a token request. The caller hears of it later, as of any failure.
     if (!bvt::staysWithin(QUrl(url), QUrl(d->origin))) {
         bvt::log("Not sent: the URL leaves the service's origin: %@", url);
-        if (failure)
-            QTimer::singleShot(0, [failure] { failure(QString()); });
+        QTimer::singleShot(0, [failure, report] {
+            if (failure)
+                failure(QString());
+            if (report)
+                report({bvt::Outcome::NotSent, {}});
+        });
         return;
     }
 
-    const auto noToken = [](const BVTError &error) {
+    const auto noToken = [report](const BVTError &error) {
         bvt::log("Failed to get access token: %@", error);
+        if (report) {
+            bvt::JsonResponse why;
+            why.error = error;
+            report({bvt::Outcome::NoToken, why});
+        }
     };
     auto sendRequest = [self = shared_from_this(), &verb, url, parameters, success, failure,
-                        noToken](const QVariant &) {
+                        noToken, report](const QVariant &) {
         // A token the host set can still hold a line break; it never goes on the wire.
         const QByteArray bearer = "Bearer " + bvt::describe(self->d->accessToken).toUtf8();
         if (!bvt::HttpClient::isSafeHeaderValue(bearer))
@@ -79,7 +91,7 @@ void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParam
                            {"Content-Type", verb.contentType}};
 
         bvt::HttpClient::send(request,
-                              [&verb, success, failure](const bvt::JsonResponse &response) {
+                              [&verb, success, failure, report](const bvt::JsonResponse &response) {
                                   if (response.accepted) {
                                       if (verb.successLine)
                                           bvt::log(verb.successLine, response.object);
@@ -91,6 +103,8 @@ void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParam
                                       if (failure)
                                           failure(response.text);
                                   }
+                                  if (report)
+                                      report({bvt::Outcome::Answered, response});
                               });
     };
 

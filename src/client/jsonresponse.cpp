@@ -47,6 +47,8 @@ JsonResponse JsonResponse::judge(int status, const QByteArray &contentType, cons
                                  int networkError, const QString &networkMessage)
 {
     JsonResponse response;
+    response.status = status;
+    response.networkError = networkError;
     const auto fail = [&](int code, const QString &message) {
         response.error = {code, message};
         if (status != 0) {

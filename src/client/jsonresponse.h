@@ -16,9 +16,11 @@ namespace bvt {
 struct BREVANTI_CORE_INTERNAL_EXPORT JsonResponse
 {
     bool accepted = false;
-    QVariant object; // the decoded object or array when accepted
-    QString text;    // the body as text; null when no answer arrived
-    BVTError error;  // why it was not accepted
+    QVariant object;      // the decoded object or array when accepted
+    QString text;         // the body as text; null when no answer arrived
+    BVTError error;       // why it was not accepted
+    int status = 0;       // the HTTP status; 0 when no answer arrived
+    int networkError = 0; // the QNetworkReply::NetworkError of the exchange, 0 when none
 
     // status 0 means no answer arrived. networkError/networkMessage describe a transport failure
     // (0/empty when there was none); a failure after the headers still keeps the body received.

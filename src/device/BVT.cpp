@@ -1,9 +1,15 @@
 #include <Brevanti/BVT.h>
 
 #include "core/identifierevents.h"
+#include "facade.h"
 
 namespace {
 std::shared_ptr<BVTManager> currentBVTManager;
+}
+
+bool bvt::facadeInitialised()
+{
+    return currentBVTManager != nullptr;
 }
 
 extern "C" {

@@ -1,0 +1,104 @@
+#pragma once
+
+/// \file
+/// bvt::Client, the library for a Qt host: its state as properties, each call a bvt::Reply.
+
+#include <Brevanti/Reply.h>
+#include <Brevanti/brevanti_core_export.h>
+
+#include <QObject>
+#include <QString>
+#include <QVariantMap>
+
+#include <functional>
+#include <memory>
+
+namespace bvt {
+
+/// The library as a Qt host uses it: the stored identifiers as properties that announce each
+/// change, and every service call as a bvt::Reply that always finishes, with an error a host can
+/// switch on. Nothing is thrown.
+///
+/// There is one client, instance(), over the same state as the facade BVT, BVTManager and
+/// BVTNotify: a change made through any of them (or through QML) is announced here once, and
+/// what the client stores they read.
+///
+///     bvt::Reply *reply = bvt::Client::instance()->assignDeviceToUser("user-42");
+///     reply->then(this, [](bvt::Reply *reply) {
+///         if (reply->error() != bvt::Reply::NoError)
+///             qWarning() << reply->errorString();
+///     });
+class BREVANTI_CORE_EXPORT Client : public QObject
+{
+    Q_OBJECT
+    /// The identifier the service gave this device at registration; null until then.
+    Q_PROPERTY(QString deviceId READ deviceId NOTIFY deviceIdChanged)
+    /// The identifier of the user the device is assigned to; null while it is assigned to none.
+    Q_PROPERTY(QString user READ user NOTIFY userChanged)
+    /// The push token the service accepted, as upper-case hexadecimal; null while there is none.
+    Q_PROPERTY(QString pushToken READ pushToken NOTIFY pushTokenChanged)
+    /// Whether initialise() (or BVT::initWithLaunchOptions) was called in this process.
+    Q_PROPERTY(bool initialised READ isInitialised NOTIFY initialisedChanged)
+
+public:
+    /// The one client, made on first use, a child of the application object. Call it on the main
+    /// thread, once the application object exists.
+    static Client *instance();
+    ~Client() override;
+
+    /// The properties above.
+    ///@{
+    QString deviceId() const;
+    QString user() const;
+    QString pushToken() const;
+    bool isInitialised() const;
+    ///@}
+
+    /// Starts the library with the application's client credentials, and registers the device
+    /// unless it is registered already. The reply finishes once the registration has ended, or at
+    /// once (with no answer) when the device was registered before.
+    Reply *initialise(const QString &clientId, const QString &clientSecret);
+
+    /// Ties the device to the application's user; on success the user is stored. A null user is
+    /// refused.
+    Reply *assignDeviceToUser(const QString &user);
+    /// Releases the device from its user; on success the stored user is removed.
+    Reply *unassignDevice();
+    /// Sends the push token the platform gave (bytes, or text taken as it stands) to the service;
+    /// once the service has accepted it, it is stored as pushToken.
+    Reply *enableDevice(const QVariant &pushToken);
+    /// Fetches the preference document: an array of categories, each with its preferences.
+    Reply *fetchPreferences();
+    /// Switches one preference on or off, for the user when one is assigned, else for the device.
+    /// A null category or preference key is refused.
+    Reply *setPreferenceEnabled(const QString &category, const QString &preference, bool enabled);
+
+    /// An authenticated request of a path of the service (which begins with "/"). A path that
+    /// would lead the request to another host is refused.
+    ///@{
+    Reply *get(const QString &path, const QVariantMap &parameters = {});
+    Reply *post(const QString &path, const QVariantMap &parameters = {});
+    Reply *patch(const QString &path, const QVariantMap &parameters = {});
+    ///@}
+
+Q_SIGNALS:
+    /// Each is emitted once per change of its property, whichever road made the change.
+    ///@{
+    void deviceIdChanged();
+    void userChanged();
+    void pushTokenChanged();
+    void initialisedChanged();
+    ///@}
+
+private:
+    class Private;
+
+    explicit Client(QObject *parent);
+    // Makes the call, and ends its reply with what became of the request it sent; when it sent
+    // none, with nothingSent (or NoError).
+    Reply *witness(const std::function<void()> &call, Reply::Error nothingSent);
+
+    const std::unique_ptr<Private> d;
+};
+
+} // namespace bvt

@@ -1,0 +1,111 @@
+#include "replyprivate.h"
+
+#include <QMetaObject>
+
+namespace bvt {
+
+void Reply::Private::end(Reply *reply, const Outcome &outcome)
+{
+    if (ending)
+        return;
+    const JsonResponse &response = outcome.response;
+    switch (outcome.kind) {
+    case Outcome::NoToken:
+        return end(reply, NoAccessTokenError, response.error.message);
+    case Outcome::NotSent:
+        return end(reply, RefusedArgumentError,
+                   QStringLiteral("The path leads away from the service's origin"));
+    case Outcome::Answered:
+        break;
+    }
+    Error error = NoError;
+    if (response.accepted)
+        error = NoError;
+    else if (response.status == 0 || response.networkError != 0)
+        error = NetworkError;
+    else if (response.status < 200 || response.status > 299)
+        error = HttpStatusError;
+    else
+        error = InvalidAnswerError;
+    httpStatus = response.status;
+    networkError = response.networkError;
+    answer = response.object;
+    answerText = response.text;
+    end(reply, error, error == NoError ? QString() : response.error.message);
+}
+
+void Reply::Private::end(Reply *reply, Error error, const QString &errorString)
+{
+    if (ending)
+        return;
+    ending = true;
+    this->error = error;
+    this->errorString = errorString;
+    // Later than the call that made the reply returned, so that a host can connect first.
+    QMetaObject::invokeMethod(
+            reply,
+            [reply] {
+                reply->d->finished = true;
+                Q_EMIT reply->finished();
+                if (reply->d->autoDelete)
+                    reply->deleteLater();
+            },
+            Qt::QueuedConnection);
+}
+
+Reply::Reply(QObject *parent) : QObject(parent), d(std::make_unique<Private>()) { }
+
+Reply::~Reply() = default;
+
+bool Reply::isFinished() const
+{
+    return d->finished;
+}
+
+Reply::Error Reply::error() const
+{
+    return d->finished ? d->error : NoError;
+}
+
+int Reply::httpStatus() const
+{
+    return d->finished ? d->httpStatus : 0;
+}
+
+QString Reply::errorString() const
+{
+    return d->finished ? d->errorString : QString();
+}
+
+QVariant Reply::answer() const
+{
+    return d->finished ? d->answer : QVariant();
+}
+
+QString Reply::answerText() const
+{
+    return d->finished ? d->answerText : QString();
+}
+
+int Reply::networkError() const
+{
+    return d->finished ? d->networkError : 0;
+}
+
+bool Reply::autoDelete() const
+{
+    return d->autoDelete;
+}
+
+void Reply::setAutoDelete(bool autoDelete)
+{
+    d->autoDelete = autoDelete;
+}
+
+void Reply::abort()
+{
+    // The answer that may still come finds the reply ended.
+    d->end(this, AbortedError, QStringLiteral("The call was aborted"));
+}
+
+} // namespace bvt
