@@ -19,6 +19,8 @@ namespace bvt {
 /// change, and every service call as a bvt::Reply that always finishes, with an error a host can
 /// switch on. Nothing is thrown.
 ///
+/// In QML it is `Brevanti.client`, whose calls return the same replies.
+///
 /// There is one client, instance(), over the same state as the facade BVT, BVTManager and
 /// BVTNotify: a change made through any of them (or through QML) is announced here once, and
 /// what the client stores they read.
@@ -57,28 +59,29 @@ public:
     /// Starts the library with the application's client credentials, and registers the device
     /// unless it is registered already. The reply finishes once the registration has ended, or at
     /// once (with no answer) when the device was registered before.
-    Reply *initialise(const QString &clientId, const QString &clientSecret);
+    Q_INVOKABLE Reply *initialise(const QString &clientId, const QString &clientSecret);
 
     /// Ties the device to the application's user; on success the user is stored. A null user is
     /// refused.
-    Reply *assignDeviceToUser(const QString &user);
+    Q_INVOKABLE Reply *assignDeviceToUser(const QString &user);
     /// Releases the device from its user; on success the stored user is removed.
-    Reply *unassignDevice();
+    Q_INVOKABLE Reply *unassignDevice();
     /// Sends the push token the platform gave (bytes, or text taken as it stands) to the service;
     /// once the service has accepted it, it is stored as pushToken.
-    Reply *enableDevice(const QVariant &pushToken);
+    Q_INVOKABLE Reply *enableDevice(const QVariant &pushToken);
     /// Fetches the preference document: an array of categories, each with its preferences.
-    Reply *fetchPreferences();
+    Q_INVOKABLE Reply *fetchPreferences();
     /// Switches one preference on or off, for the user when one is assigned, else for the device.
     /// A null category or preference key is refused.
-    Reply *setPreferenceEnabled(const QString &category, const QString &preference, bool enabled);
+    Q_INVOKABLE Reply *setPreferenceEnabled(const QString &category, const QString &preference,
+                                            bool enabled);
 
     /// An authenticated request of a path of the service (which begins with "/"). A path that
     /// would lead the request to another host is refused.
     ///@{
-    Reply *get(const QString &path, const QVariantMap &parameters = {});
-    Reply *post(const QString &path, const QVariantMap &parameters = {});
-    Reply *patch(const QString &path, const QVariantMap &parameters = {});
+    Q_INVOKABLE Reply *get(const QString &path, const QVariantMap &parameters = {});
+    Q_INVOKABLE Reply *post(const QString &path, const QVariantMap &parameters = {});
+    Q_INVOKABLE Reply *patch(const QString &path, const QVariantMap &parameters = {});
     ///@}
 
 Q_SIGNALS:

@@ -27,8 +27,6 @@ class Client;
 class BREVANTI_CORE_EXPORT Reply : public QObject
 {
     Q_OBJECT
-    /// Whether finished() was emitted.
-    Q_PROPERTY(bool finished READ isFinished NOTIFY finished)
     /// How the call ended; NoError until it has.
     Q_PROPERTY(bvt::Reply::Error error READ error NOTIFY finished)
     /// The HTTP status of the service's answer; 0 when none arrived.
@@ -57,9 +55,10 @@ public:
 
     ~Reply() override;
 
+    /// Whether finished() was emitted.
+    Q_INVOKABLE bool isFinished() const;
     /// The properties above.
     ///@{
-    bool isFinished() const;
     Error error() const;
     int httpStatus() const;
     QString errorString() const;

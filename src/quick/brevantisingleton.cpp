@@ -1,7 +1,6 @@
 #include "brevantisingleton.h"
 
 #include "core/cardpresenter.h"
-#include "core/identifierevents.h"
 #include "core/log.h"
 #include "core/logging.h"
 #include "jscallback.h"
@@ -22,14 +21,6 @@
 
 namespace bvt::quick {
 
-bool BrevantiSingleton::Shown::update(const QString &now)
-{
-    if (now == value && now.isNull() == value.isNull())
-        return false;
-    value = now;
-    return true;
-}
-
 // An exception must not cross the QML engine; the caller gets it as a JavaScript error.
 template<typename Call>
 void BrevantiSingleton::refusable(Call &&call)
@@ -42,31 +33,25 @@ void BrevantiSingleton::refusable(Call &&call)
 }
 
 BrevantiSingleton::BrevantiSingleton(QJSEngine *engine, QObject *parent)
-    : QObject(parent),
-      m_engine(engine),
-      m_device{BVT::currentDevice()},
-      m_user{BVT::currentUser()},
-      m_token{BVT::currentDeviceToken()}
+    : QObject(parent), m_engine(engine)
 {
-    const IdentifierEvents &events = IdentifierEvents::instance();
-    connect(&events, &IdentifierEvents::deviceIdChanged, this, [this] {
-        if (m_device.update(BVT::currentDevice()))
-            Q_EMIT currentDeviceChanged();
-    });
-    connect(&events, &IdentifierEvents::userIdChanged, this, [this] {
-        if (m_user.update(BVT::currentUser()))
-            Q_EMIT currentUserChanged();
-    });
-    connect(&events, &IdentifierEvents::deviceTokenChanged, this, [this] {
-        if (m_token.update(BVT::currentDeviceToken()))
-            Q_EMIT currentDeviceTokenChanged();
-    });
+    // The client holds the state and announces its changes; these are its own under their
+    // described names.
+    Client *client = Client::instance();
+    connect(client, &Client::deviceIdChanged, this, &BrevantiSingleton::currentDeviceChanged);
+    connect(client, &Client::userChanged, this, &BrevantiSingleton::currentUserChanged);
+    connect(client, &Client::pushTokenChanged, this, &BrevantiSingleton::currentDeviceTokenChanged);
     installCardPresenter(this, [this](const CardRequest &request) { showCard(request); });
 }
 
 BrevantiSingleton *BrevantiSingleton::create(QQmlEngine *, QJSEngine *engine)
 {
     return new BrevantiSingleton(engine);
+}
+
+Client *BrevantiSingleton::client()
+{
+    return Client::instance();
 }
 
 QString BrevantiSingleton::currentDevice() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Brevanti/Client.h>
+
 #include <QColor>
 #include <QJSValue>
 #include <QObject>
@@ -31,6 +33,8 @@ class BrevantiSingleton : public QObject
     Q_OBJECT
     QML_NAMED_ELEMENT(Brevanti)
     QML_SINGLETON
+    // The library's one client, whose calls return replies; the properties below are its own.
+    Q_PROPERTY(bvt::Client *client READ client CONSTANT)
     Q_PROPERTY(QString currentDevice READ currentDevice NOTIFY currentDeviceChanged)
     Q_PROPERTY(QString currentUser READ currentUser NOTIFY currentUserChanged)
     Q_PROPERTY(QString currentDeviceToken READ currentDeviceToken NOTIFY currentDeviceTokenChanged)
@@ -45,6 +49,7 @@ public:
     explicit BrevantiSingleton(QJSEngine *engine, QObject *parent = nullptr);
     static BrevantiSingleton *create(QQmlEngine *, QJSEngine *engine);
 
+    static Client *client();
     QString currentDevice() const;
     QString currentUser() const;
     QString currentDeviceToken() const;
@@ -106,14 +111,6 @@ Q_SIGNALS:
     void windowChanged();
 
 private:
-    // An identifier as last announced to QML, so that a change is announced once and a write of
-    // the same value not at all.
-    struct Shown
-    {
-        QString value;
-        bool update(const QString &now);
-    };
-
     template<typename Call>
     void refusable(Call &&call);
     void showCard(const CardRequest &request);
@@ -121,9 +118,23 @@ private:
     QPointer<QQuickWindow> m_window;
 
     QJSEngine *m_engine;
-    Shown m_device;
-    Shown m_user;
-    Shown m_token;
+};
+
+// The client and its replies, as QML sees them: made by the library, never by QML.
+struct ClientForeign
+{
+    Q_GADGET
+    QML_FOREIGN(bvt::Client)
+    QML_NAMED_ELEMENT(Client)
+    QML_UNCREATABLE("The library's one client is Brevanti.client.")
+};
+
+struct ReplyForeign
+{
+    Q_GADGET
+    QML_FOREIGN(bvt::Reply)
+    QML_NAMED_ELEMENT(Reply)
+    QML_UNCREATABLE("Replies come from the calls of Brevanti.client.")
 };
 
 } // namespace bvt::quick

@@ -9,6 +9,7 @@
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
+#include <Brevanti/Reply.h>
 
 #include <QtQuick>
 #include <QtTest>
@@ -192,6 +193,13 @@ void TestQuick::identifierChangesReachBindings_data()
                                << 1;
     QTest::newRow("same token again")
             << R"(Brevanti.setCurrentDeviceToken("BEEF"))" << token << "BEEF" << 0;
+    // The client's calls, whose replies QML reads when they finish: the error is recorded.
+    const QString call = "const reply = Brevanti.client.%1\n"
+                         "reply.finished.connect(() => test.record(reply.error))";
+    QTest::newRow("client: refused") << call.arg("assignDeviceToUser(null)") << user << "" << 0;
+    QTest::newRow("client: assigned")
+            << call.arg(R"(assignDeviceToUser("client-reader"))") << user << "client-reader" << 1;
+    QTest::newRow("client: unassigned") << call.arg("unassignDevice()") << user << "" << 1;
 }
 
 void TestQuick::identifierChangesReachBindings()
@@ -205,7 +213,11 @@ void TestQuick::identifierChangesReachBindings()
     QVERIFY(m_local->settledExchanges() >= 0);
     QTEST(int(spy.count()), "changes");
     QTEST(m_page->property(property).toString(), "value");
-    QCOMPARE(m_recorded.size(), int(code.contains("catch"))); // the refusal reached the page
+    // A refusal or a reply reached the page.
+    QCOMPARE(m_recorded.size(), int(code.contains("catch") || code.contains("reply")));
+    if (code.contains("reply"))
+        QCOMPARE(m_recorded.constFirst().toInt(),
+                 code.contains("null") ? bvt::Reply::RefusedArgumentError : bvt::Reply::NoError);
 }
 
 void TestQuick::callbacksGetTheAnswer_data()
