@@ -43,6 +43,15 @@ class BREVANTI_CORE_EXPORT Client : public QObject
     Q_PROPERTY(bool initialised READ isInitialised NOTIFY initialisedChanged)
 
 public:
+    /// How the permission card ended; see cardFinished().
+    enum CardOutcome {
+        CardKeptUpdated, ///< Keep Me Updated: the card closed, and push permission is asked for.
+        CardCustomized,  ///< Customize Notifications, then Done.
+        CardDeclined,    ///< No Thanks.
+        CardNotShown,    ///< Not shown: a push token is stored already, or there is no window.
+    };
+    Q_ENUM(CardOutcome)
+
     /// The one client, made on first use, a child of the application object. Call it on the main
     /// thread, once the application object exists.
     static Client *instance();
@@ -92,6 +101,10 @@ Q_SIGNALS:
     void pushTokenChanged();
     void initialisedChanged();
     ///@}
+    /// The permission card that BVTNotify::requestCustomPreferences (or QML's
+    /// Brevanti.requestCustomPreferences) asked for ended, in the widget card and the QML card
+    /// alike; or it was not shown, which is told at once.
+    void cardFinished(bvt::Client::CardOutcome outcome);
 
 private:
     class Private;

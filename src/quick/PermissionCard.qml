@@ -6,6 +6,7 @@ import Brevanti
 // The permission card over the dimmed window, the widget card's look and buttons: Keep Me Updated
 // closes it and asks for push permission once it has gone, Customize Notifications shows the
 // preferences inside it under a bar whose Done closes it, No Thanks closes it.
+// It emits ended(outcome) with how it ended, a Client.CardOutcome.
 // Its texts are translated in this file's context, PermissionCard, but for the bar's, which are the
 // preferences page's, in the context PreferencesPage, as the widget screens do.
 Popup {
@@ -19,6 +20,8 @@ Popup {
     readonly property int permissionDelay: 100 // lets the card leave before the system prompt
     readonly property bool landscape: parent ? parent.width > parent.height : false
     readonly property int barHeight: 44
+
+    signal ended(int outcome)
 
     parent: Overlay.overlay
     anchors.centerIn: parent
@@ -101,6 +104,7 @@ Popup {
                 onClicked: {
                     card.close()
                     Brevanti.requestPushPermissions(card.permissionDelay)
+                    card.ended(Client.CardKeptUpdated)
                 }
             }
             Button {
@@ -138,7 +142,10 @@ Popup {
                     verticalAlignment: Text.AlignVCenter
                 }
                 background: null
-                onClicked: card.close()
+                onClicked: {
+                    card.close()
+                    card.ended(Client.CardDeclined)
+                }
             }
         }
 
@@ -169,7 +176,10 @@ Popup {
                     verticalAlignment: Text.AlignVCenter
                 }
                 background: null
-                onClicked: card.close()
+                onClicked: {
+                    card.close()
+                    card.ended(Client.CardCustomized)
+                }
             }
         }
 

@@ -204,6 +204,7 @@ void BrevantiSingleton::requestCustomPreferencesWithColor(const QVariant &color,
     // The same rule as the C++ call: a stored token means push was accepted already.
     if (!BVT::currentDeviceToken().isNull()) {
         log("You have already accepted push notifications!");
+        Q_EMIT Client::instance()->cardFinished(Client::CardNotShown);
         return;
     }
     showCard({color, icon, header, subHeader});
@@ -218,6 +219,7 @@ void BrevantiSingleton::showCard(const CardRequest &request)
     auto *engine = qobject_cast<QQmlEngine *>(m_engine);
     if (!shownIn || !engine) {
         qCWarning(lcQuick, "No Qt Quick window to show the permission card in; nothing is shown");
+        Q_EMIT Client::instance()->cardFinished(Client::CardNotShown);
         return;
     }
     QQmlComponent component(
@@ -242,7 +244,13 @@ void BrevantiSingleton::showCard(const CardRequest &request)
     card->setObjectName(QStringLiteral("brevantiPermissionCard"));
     card->setParent(shownIn); // goes with its window at the latest
     connect(card, SIGNAL(closed()), card, SLOT(deleteLater()));
+    connect(card, SIGNAL(ended(int)), this, SLOT(cardEnded(int)));
     QMetaObject::invokeMethod(card, "open");
+}
+
+void BrevantiSingleton::cardEnded(int outcome)
+{
+    Q_EMIT Client::instance()->cardFinished(Client::CardOutcome(outcome));
 }
 
 void BrevantiSingleton::getPreferences(const QJSValue &onSuccess, const QJSValue &onFailure)

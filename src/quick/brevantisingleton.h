@@ -110,6 +110,9 @@ Q_SIGNALS:
     void currentDeviceTokenChanged();
     void windowChanged();
 
+private Q_SLOTS:
+    void cardEnded(int outcome); // tells the client how a card this singleton showed ended
+
 private:
     template<typename Call>
     void refusable(Call &&call);

@@ -3,6 +3,8 @@
 // and what a flipped switch sends.
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
+#include <Brevanti/BVTNotifyRequestViewController.h>
+#include <Brevanti/Client.h>
 #include <Brevanti/platform/ActivityIndicatorView.h>
 #include <Brevanti/platform/PopupController.h>
 #include <Brevanti/platform/Screen.h>
@@ -204,8 +206,15 @@ void BVTNotifyPreferencesViewController::didRotateFromInterfaceOrientation(
 
 void BVTNotifyPreferencesViewController::didClickDone()
 {
-    if (popupController())
-        popupController()->dismiss();
+    bvt::PopupController *popup = popupController();
+    if (!popup)
+        return;
+    // Customized, when the card is what the preferences were shown in.
+    const bool inCard =
+            qobject_cast<BVTNotifyRequestViewController *>(popup->viewControllers().value(0));
+    popup->dismiss();
+    if (inCard)
+        Q_EMIT bvt::Client::instance()->cardFinished(bvt::Client::CardCustomized);
 }
 
 void BVTNotifyPreferencesViewController::loadTableWithData(const QVariantList &data)

@@ -1,6 +1,7 @@
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
 #include <Brevanti/BVTNotifyRequestViewController.h>
+#include <Brevanti/Client.h>
 #include <Brevanti/platform/PopupController.h>
 #include <Brevanti/platform/Screen.h>
 
@@ -143,6 +144,7 @@ void BVTNotifyRequestViewController::keepMeUpdatedButtonTapped()
         popupController()->dismiss();
     // The card leaves first; the system's prompt comes after. The timer holds nothing of the card.
     QTimer::singleShot(permissionDelayMs, [] { BVTNotify::requestPushPermissions(); });
+    Q_EMIT bvt::Client::instance()->cardFinished(bvt::Client::CardKeptUpdated);
 }
 
 void BVTNotifyRequestViewController::customizeButtonTapped()
@@ -156,6 +158,7 @@ void BVTNotifyRequestViewController::noThanksButtonTapped()
 {
     if (popupController())
         popupController()->dismiss();
+    Q_EMIT bvt::Client::instance()->cardFinished(bvt::Client::CardDeclined);
 }
 
 void BVTNotifyRequestViewController::didClickDone()

@@ -3,6 +3,7 @@
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
 #include <Brevanti/BVTNotifyRequestViewController.h>
+#include <Brevanti/Client.h>
 #include <Brevanti/platform/NavigationController.h>
 #include <Brevanti/platform/PopupController.h>
 #include <Brevanti/platform/TabBarController.h>
@@ -62,9 +63,12 @@ void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPi
                                                   const QString &header, const QString &subHeader)
 {
     // A stored token is the library's only sign that push was accepted already.
+    const auto notShown = [] {
+        Q_EMIT bvt::Client::instance()->cardFinished(bvt::Client::CardNotShown);
+    };
     if (!BVT::currentDeviceToken().isNull()) {
         bvt::log("You have already accepted push notifications!");
-        return;
+        return notShown();
     }
     // Without Qt Widgets, a QML host's card is shown instead, when the QML module is in use.
     if (!qobject_cast<QApplication *>(QCoreApplication::instance())
@@ -72,7 +76,7 @@ void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPi
                 {QVariant::fromValue(color), QVariant::fromValue(icon), header, subHeader}))
         return;
     if (!widgetsAvailable())
-        return;
+        return notShown();
     bvt::ViewController *top = topViewController();
 
     // Process-wide: every popup bar made from now on looks like this, until the next call.
@@ -93,10 +97,12 @@ void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPi
     background->setPalette(palette);
     popup->setBackgroundView(background);
     popup->setCornerRadius(popupCornerRadius);
-    if (top)
+    if (top) {
         popup->presentInViewController(top);
-    else
+    } else {
         delete popup; // nowhere to show it, so still ours
+        notShown();
+    }
 }
 
 QColor BVTNotify::defaultNotificationColor()

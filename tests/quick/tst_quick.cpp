@@ -9,6 +9,7 @@
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
+#include <Brevanti/Client.h>
 #include <Brevanti/Reply.h>
 
 #include <QtQuick>
@@ -331,16 +332,20 @@ void TestQuick::flipReachesTheService()
 
 void TestQuick::cardButtons_data()
 {
-    QTest::addColumn<QString>("call");      // QML code; none for BVTNotify's C++ call
-    QTest::addColumn<QStringList>("asked"); // of the system
-    QTest::addColumn<bool>("german");       // the host installs the tests' German translation
-    QTest::newRow("Keep Me Updated") << "Brevanti.requestCustomPreferences()"
-                                     << QStringList({"settings:7", "remote"}) << false;
-    QTest::newRow("Customize Notifications") << QString() << QStringList() << false;
+    QTest::addColumn<QString>("call");          // QML code; none for BVTNotify's C++ call
+    QTest::addColumn<QStringList>("asked");     // of the system
+    QTest::addColumn<bool>("german");           // the host installs the tests' German translation
+    QTest::addColumn<QVariantList>("outcomes"); // the client's, once asked again
+    using Client = bvt::Client;
+    QTest::newRow("Keep Me Updated")
+            << "Brevanti.requestCustomPreferences()" << QStringList({"settings:7", "remote"})
+            << false << QVariantList{Client::CardKeptUpdated, Client::CardNotShown};
+    QTest::newRow("Customize Notifications")
+            << QString() << QStringList() << false << QVariantList{Client::CardCustomized};
     QTest::newRow("No Thanks") << R"(Brevanti.requestCustomPreferencesWithColor("red"))"
-                               << QStringList() << false;
-    QTest::newRow("Mitteilungen anpassen")
-            << "Brevanti.requestCustomPreferences()" << QStringList() << true;
+                               << QStringList() << false << QVariantList{Client::CardDeclined};
+    QTest::newRow("Mitteilungen anpassen") << "Brevanti.requestCustomPreferences()" << QStringList()
+                                           << true << QVariantList{Client::CardCustomized};
 }
 
 void TestQuick::cardButtons()
@@ -358,6 +363,13 @@ void TestQuick::cardButtons()
     window.resize(375, 667);
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QSignalSpy outcomes(bvt::Client::instance(), &bvt::Client::cardFinished);
+    const auto told = [&outcomes] {
+        QVariantList values;
+        for (const QVariantList &signal : std::as_const(outcomes))
+            values << signal.value(0).toInt();
+        return values;
+    };
     call.isEmpty() ? BVTNotify::requestCustomPreferences() : void(run(call));
     QPointer<QObject> card = window.findChild<QObject *>("brevantiPermissionCard");
     QVERIFY(card);
@@ -388,13 +400,16 @@ void TestQuick::cardButtons()
     loop.exec();
     QCOMPARE(m_system.requests(), asked);
     m_system.clear();
-    if (asked.isEmpty())
+    if (asked.isEmpty()) {
+        QTEST(told(), "outcomes");
         return;
+    }
     QTRY_COMPARE(BVT::currentDeviceToken(), m_pushToken.toHex().toUpper());
     LogCapture log; // asked again once accepted: nothing shows
     run(call);
     QCOMPARE(log.linesStartingWith("You have").size(), 1);
     QVERIFY(!window.findChild<QObject *>("brevantiPermissionCard"));
+    QTEST(told(), "outcomes");
 }
 
 int main(int argc, char **argv)

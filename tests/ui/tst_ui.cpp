@@ -7,6 +7,7 @@
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
 #include <Brevanti/BVTNotifyRequestViewController.h>
+#include <Brevanti/Client.h>
 #include <Brevanti/platform/ActivityIndicatorView.h>
 #include <Brevanti/platform/PopupController.h>
 #include <Brevanti/platform/TabBarController.h>
@@ -171,13 +172,18 @@ void TestUi::cardTakesTheGivenLook()
 
 void TestUi::buttons_data()
 {
-    QTest::addColumn<int>("button");        // the row's name is the button's text
-    QTest::addColumn<QStringList>("asked"); // of the system
-    QTest::addColumn<bool>("german");       // the host installs the tests' German translation
-    QTest::newRow("Keep Me Updated") << 0 << QStringList({"settings:7", "remote"}) << false;
-    QTest::newRow("Customize Notifications") << 1 << QStringList() << false;
-    QTest::newRow("No Thanks") << 2 << QStringList() << false;
-    QTest::newRow("Mitteilungen anpassen") << 1 << QStringList() << true;
+    QTest::addColumn<int>("button");            // the row's name is the button's text
+    QTest::addColumn<QStringList>("asked");     // of the system
+    QTest::addColumn<bool>("german");           // the host installs the tests' German translation
+    QTest::addColumn<QVariantList>("outcomes"); // the client's, once asked again
+    using Client = bvt::Client;
+    QTest::newRow("Keep Me Updated") << 0 << QStringList({"settings:7", "remote"}) << false
+                                     << QVariantList{Client::CardKeptUpdated, Client::CardNotShown};
+    QTest::newRow("Customize Notifications")
+            << 1 << QStringList() << false << QVariantList{Client::CardCustomized};
+    QTest::newRow("No Thanks") << 2 << QStringList() << false << QVariantList{Client::CardDeclined};
+    QTest::newRow("Mitteilungen anpassen")
+            << 1 << QStringList() << true << QVariantList{Client::CardCustomized};
 }
 
 void TestUi::buttons()
@@ -188,6 +194,7 @@ void TestUi::buttons()
     if (german)
         QVERIFY(translator.load(":/i18n/brevanti_de")
                 && QCoreApplication::installTranslator(&translator));
+    QSignalSpy outcomes(bvt::Client::instance(), &bvt::Client::cardFinished);
     BVTNotify::requestCustomPreferences();
     bvt::PopupController *popup = shownPopup();
     auto *request = qobject_cast<Request *>(popup->topViewController());
@@ -238,6 +245,10 @@ void TestUi::buttons()
     QCOMPARE(shownPopup() != nullptr, button != 0);
     QCOMPARE(m_log->linesStartingWith("You have"),
              QStringList(button ? 0 : 1, "You have already accepted push notifications!"));
+    QVariantList told;
+    for (const QVariantList &signal : std::as_const(outcomes))
+        told << signal.value(0).toInt();
+    QTEST(told, "outcomes");
 }
 
 void TestUi::topControllerWalk_data()
