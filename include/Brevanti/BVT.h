@@ -1,18 +1,18 @@
 #pragma once
 
 /// \file
-/// The facade BVT over the library's one manager, the library-wide settings (network access
-/// manager, log handler) and the version symbols.
+/// The facade BVT over the library's one manager, and the version symbols. It includes the
+/// library-wide settings, <Brevanti/Network.h> and <Brevanti/Logging.h>.
 
 #include <Brevanti/brevanti_core_export.h>
 
 #include <Brevanti/BVTManager.h>
 #include <Brevanti/BVTTypes.h>
+#include <Brevanti/Logging.h>
+#include <Brevanti/Network.h>
 
 #include <QString>
 #include <QVariantMap>
-
-class QNetworkAccessManager;
 
 /// The host application's way into the library. Initialise it once at launch; every other call
 /// goes to the one shared manager. Before the first initialisation every call is dropped (its
@@ -66,22 +66,6 @@ public:
     static void setCurrentDeviceToken(const QString &token);
 };
 
-namespace bvt {
-
-/// Hands the library a network access manager of the host's own (a proxy, TLS settings, or the
-/// service's origin routed elsewhere). The library does not take ownership; nullptr goes back to
-/// the library's built-in manager. Call it on the main thread.
-BREVANTI_CORE_EXPORT void setNetworkAccessManager(QNetworkAccessManager *manager);
-
-/// Receives each of the library's log lines, as setLogHandler says.
-using LogHandler = std::function<void(const QString &line)>;
-/// Where the library's log lines go. By default each line is written with qInfo() in Qt's default
-/// category, exactly as it stands. A handler receives each line instead: route it elsewhere, or
-/// drop it to silence the library without silencing the host's own qInfo() lines. An empty
-/// function goes back to the default. Call it on the main thread.
-BREVANTI_CORE_EXPORT void setLogHandler(LogHandler handler);
-
-} // namespace bvt
 
 // C linkage keeps these symbols unadorned; deviceName returns a QString all the same, which clang
 // would warn about.

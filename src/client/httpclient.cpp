@@ -1,6 +1,6 @@
 #include "httpclient.h"
 
-#include <Brevanti/BVT.h>
+#include <Brevanti/Network.h>
 
 #include <QCoreApplication>
 #include <QNetworkAccessManager>

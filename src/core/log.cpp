@@ -1,6 +1,6 @@
 #include "log.h"
 
-#include <Brevanti/BVT.h>
+#include <Brevanti/Logging.h>
 
 #include <QJsonDocument>
 #include <QtDebug>
