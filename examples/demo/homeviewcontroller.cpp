@@ -1,20 +1,18 @@
 #include "homeviewcontroller.h"
 
-#include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
+#include <Brevanti/Client.h>
 #include <Brevanti/platform/NavigationController.h>
 
 #include <QAction>
 #include <QApplication>
 #include <QFontDatabase>
 #include <QLabel>
-#include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 namespace {
 
-constexpr int refreshIntervalMs = 300;
 const QColor captionGrey(0x8e, 0x8e, 0x93);
 
 QLabel *addCaption(QVBoxLayout *layout, const QString &text)
@@ -82,8 +80,15 @@ HomeViewController::HomeViewController(const QString &user, QObject *parent)
     : bvt::ViewController(parent), m_user(user)
 {
     setTitle(tr("Brevanti demo"));
-    m_refreshTimer.setInterval(refreshIntervalMs);
-    connect(&m_refreshTimer, &QTimer::timeout, this, &HomeViewController::refresh);
+    bvt::Client *client = bvt::Client::instance();
+    for (const auto changed :
+         {&bvt::Client::deviceIdChanged, &bvt::Client::userChanged, &bvt::Client::pushTokenChanged})
+        connect(client, changed, this, &HomeViewController::refresh);
+    connect(client, &bvt::Client::cardFinished, this, [this](bvt::Client::CardOutcome outcome) {
+        // With a token stored no card shows; the user would otherwise see nothing happen.
+        if (outcome == bvt::Client::CardNotShown)
+            showOutcome(tr("Notifications are on already, so no card is shown."));
+    });
 }
 
 void HomeViewController::loadView()
@@ -117,28 +122,25 @@ void HomeViewController::loadView()
 
     connect(m_signInButton, &QPushButton::clicked, this, &HomeViewController::signInOrOut);
     connect(m_askButton, &QPushButton::clicked, this, [this] {
+        showOutcome(QString());
         BVTNotify::requestCustomPreferences();
-        // With a token stored the library only writes to its log; the user sees nothing happen.
-        showOutcome(BVT::currentDeviceToken().isNull()
-                            ? QString()
-                            : tr("Notifications are on already, so no card is shown."));
     });
     connect(m_settingsButton, &QPushButton::clicked, this, &HomeViewController::openSettings);
 
     setView(view);
     refresh();
-    m_refreshTimer.start();
 }
 
 void HomeViewController::refresh()
 {
     if (!isViewLoaded())
         return;
-    const QString device = BVT::currentDevice();
-    const QString user = BVT::currentUser();
+    const bvt::Client *client = bvt::Client::instance();
+    const QString device = client->deviceId();
+    const QString user = client->user();
     showValue(m_deviceLabel, device, tr("Registering this device…"), true);
     showValue(m_userLabel, user, tr("Not signed in"), false);
-    showValue(m_tokenLabel, groupedToken(BVT::currentDeviceToken()), tr("Not enabled yet"), true);
+    showValue(m_tokenLabel, groupedToken(client->pushToken()), tr("Not enabled yet"), true);
     m_signInButton->setText(user.isNull() ? tr("Sign in as %1").arg(m_user) : tr("Sign out"));
     // Until the service has issued the identifier the library drops every call.
     const bool registered = !device.isNull();
@@ -149,32 +151,17 @@ void HomeViewController::refresh()
 
 void HomeViewController::signInOrOut()
 {
-    const QPointer<HomeViewController> self(this);
-    const auto failed = [self](const QString &what) {
-        return [self, what](const QString &text) {
-            if (self)
-                self->showOutcome(
-                        tr("%1 failed: %2").arg(what, text.isNull() ? tr("no answer") : text));
-        };
-    };
-    if (BVT::currentUser().isNull()) {
-        const QString user = m_user;
-        BVT::assignDeviceToUser(
-                user,
-                [self, user](const QVariant &) {
-                    if (self)
-                        self->showOutcome(tr("Signed in as %1.").arg(user));
-                },
-                failed(tr("Signing in")));
-    } else {
-        BVT::unassignDevice(
-                [self](const QVariant &) {
-                    if (self)
-                        self->showOutcome(tr("Signed out."));
-                },
-                failed(tr("Signing out")));
-    }
-    refresh();
+    bvt::Client *client = bvt::Client::instance();
+    const bool signingIn = client->user().isNull();
+    bvt::Reply *reply = signingIn ? client->assignDeviceToUser(m_user) : client->unassignDevice();
+    reply->then(this, [this, signingIn](bvt::Reply *reply) {
+        if (reply->error() == bvt::Reply::NoError)
+            showOutcome(signingIn ? tr("Signed in as %1.").arg(m_user) : tr("Signed out."));
+        else
+            showOutcome(tr("%1 failed: %2")
+                                .arg(signingIn ? tr("Signing in") : tr("Signing out"),
+                                     reply->errorString()));
+    });
 }
 
 void HomeViewController::openSettings()

@@ -3,7 +3,6 @@
 #include <Brevanti/platform/ViewController.h>
 
 #include <QString>
-#include <QTimer>
 
 class QLabel;
 class QPushButton;
@@ -16,8 +15,7 @@ class HomeViewController : public bvt::ViewController
 public:
     explicit HomeViewController(const QString &user, QObject *parent = nullptr);
 
-    // Shows what the library knows now; also run by a timer, since the library reports some
-    // changes (the device's registration) to nobody.
+    // Shows what the library knows now; run again whenever the client announces a change.
     void refresh();
     void showOutcome(const QString &text); // a line at the foot of the screen, then a refresh
 
@@ -29,7 +27,6 @@ private:
     void openSettings();
 
     QString m_user;
-    QTimer m_refreshTimer;
     QLabel *m_deviceLabel = nullptr;
     QLabel *m_userLabel = nullptr;
     QLabel *m_tokenLabel = nullptr;

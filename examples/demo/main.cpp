@@ -6,14 +6,13 @@
 #include "standinoperatingsystem.h"
 #include "walkthrough.h"
 
-#include <Brevanti/BVT.h>
-#include <Brevanti/BVTNotify.h>
+#include <Brevanti/Client.h>
+#include <Brevanti/Network.h>
 #include <Brevanti/platform/NavigationController.h>
 #include <Brevanti/platform/Screen.h>
 #include <Brevanti/platform/Window.h>
 
 #include <QApplication>
-#include <QPointer>
 #include <QTimer>
 
 #include <memory>
@@ -38,27 +37,18 @@ int main(int argc, char **argv)
     bvtstandin::StandInOperatingSystem system;
     system.setTokenToHandOut(bvtstandin::StandInOperatingSystem::generateToken());
     system.install();
-    const QPointer<HomeViewController> shown(home);
+    bvt::Client *brevanti = bvt::Client::instance();
     QObject::connect(&system, &bvtstandin::StandInOperatingSystem::deviceTokenReceived, home,
-                     [shown](const QByteArray &token) {
-                         BVTNotify::enableDevice(
-                                 token,
-                                 [shown](const QVariant &) {
-                                     if (shown)
-                                         shown->showOutcome(QObject::tr("Push notifications "
-                                                                        "enabled."));
-                                 },
-                                 [shown](const QString &text) {
-                                     if (shown)
-                                         shown->showOutcome(
-                                                 QObject::tr("Enabling push failed: %1")
-                                                         .arg(text.isNull()
-                                                                      ? QObject::tr("no answer")
-                                                                      : text));
-                                 });
+                     [brevanti, home](const QByteArray &token) {
+                         brevanti->enableDevice(token)->then(home, [home](bvt::Reply *reply) {
+                             home->showOutcome(reply->error() == bvt::Reply::NoError
+                                                       ? QObject::tr("Push notifications enabled.")
+                                                       : QObject::tr("Enabling push failed: %1")
+                                                                 .arg(reply->errorString()));
+                         });
                      });
 
-    BVT::initWithLaunchOptions({}, options.clientId, options.clientSecret);
+    brevanti->initialise(options.clientId, options.clientSecret);
     window.show();
 
     std::unique_ptr<Walkthrough> walkthrough;

@@ -66,7 +66,7 @@ ApplicationWindow {
                 Button {
                     Layout.fillWidth: true
                     text: "Sign in as " + window.user
-                    onClicked: Brevanti.assignDeviceToUser(window.user)
+                    onClicked: Brevanti.client.assignDeviceToUser(window.user)
                 }
             }
         }

@@ -5,8 +5,8 @@
 #include "standinoperatingsystem.h"
 #include "walkthrough.h"
 
-#include <Brevanti/BVT.h>
-#include <Brevanti/BVTNotify.h>
+#include <Brevanti/Client.h>
+#include <Brevanti/Network.h>
 
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
@@ -33,10 +33,11 @@ int main(int argc, char **argv)
     bvtstandin::StandInOperatingSystem system;
     system.setTokenToHandOut(bvtstandin::StandInOperatingSystem::generateToken());
     system.install();
-    QObject::connect(&system, &bvtstandin::StandInOperatingSystem::deviceTokenReceived,
-                     [](const QByteArray &token) { BVTNotify::enableDevice(token); });
+    bvt::Client *brevanti = bvt::Client::instance();
+    QObject::connect(&system, &bvtstandin::StandInOperatingSystem::deviceTokenReceived, brevanti,
+                     [brevanti](const QByteArray &token) { brevanti->enableDevice(token); });
 
-    BVT::initWithLaunchOptions({}, options.clientId, options.clientSecret);
+    brevanti->initialise(options.clientId, options.clientSecret);
     QQmlApplicationEngine engine;
     engine.setInitialProperties({{QStringLiteral("user"), options.user}});
     engine.load(QUrl(QStringLiteral("qrc:/quick-demo/Main.qml")));
