@@ -93,6 +93,13 @@ public:
     Q_INVOKABLE Reply *patch(const QString &path, const QVariantMap &parameters = {});
     ///@}
 
+    /// Shows the permission card with its defaults, as BVTNotify::requestCustomPreferences does:
+    /// the widget card in a QApplication host that links the Widgets library, else the QML card
+    /// once QML's singleton Brevanti has been made, so that a Qt Quick host needs no Qt Widgets.
+    /// cardFinished() tells how it ended; CardNotShown at once when a push token is stored already
+    /// or neither card can be shown.
+    Q_INVOKABLE void requestCustomPreferences();
+
 Q_SIGNALS:
     /// Each is emitted once per change of its property, whichever road made the change.
     ///@{

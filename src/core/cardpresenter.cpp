@@ -1,5 +1,6 @@
 #include "cardpresenter.h"
 
+#include <QCoreApplication>
 #include <QPointer>
 
 namespace bvt {
@@ -18,6 +19,12 @@ Installed &installed()
     return one;
 }
 
+CardPresenter &widgetPresenter()
+{
+    static CardPresenter one;
+    return one;
+}
+
 } // namespace
 
 void installCardPresenter(QObject *owner, CardPresenter presenter)
@@ -32,6 +39,26 @@ bool presentCard(const CardRequest &request)
         return false;
     now.presenter(request);
     return true;
+}
+
+} // namespace bvt
+
+namespace bvt {
+
+void installWidgetCardPresenter(CardPresenter presenter)
+{
+    widgetPresenter() = std::move(presenter);
+}
+
+bool presentCardWhereShown(const CardRequest &request)
+{
+    // By name: this library does not link Qt Widgets.
+    const QCoreApplication *application = QCoreApplication::instance();
+    if (application && application->inherits("QApplication") && widgetPresenter()) {
+        widgetPresenter()(request);
+        return true;
+    }
+    return presentCard(request);
 }
 
 } // namespace bvt

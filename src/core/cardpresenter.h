@@ -19,6 +19,7 @@ struct CardRequest
     QVariant icon;
     QString header;
     QString subHeader;
+    bool defaults = false; // BVTNotify's defaults instead of the members above
 };
 
 using CardPresenter = std::function<void(const CardRequest &)>;
@@ -27,5 +28,11 @@ using CardPresenter = std::function<void(const CardRequest &)>;
 BREVANTI_CORE_EXPORT void installCardPresenter(QObject *owner, CardPresenter presenter);
 // Shows the card through the installed presenter; false when there is none.
 BREVANTI_CORE_EXPORT bool presentCard(const CardRequest &request);
+
+// The widget card, which the Widgets library installs as it is loaded.
+BREVANTI_CORE_EXPORT void installWidgetCardPresenter(CardPresenter presenter);
+// Shows the card where the host can show it: the widget card in a QApplication once the Widgets
+// library is loaded, else the presenter installed above (the QML card); false when neither can.
+BREVANTI_CORE_EXPORT bool presentCardWhereShown(const CardRequest &request);
 
 } // namespace bvt

@@ -2,7 +2,10 @@
 
 #include "client/callwitness.h"
 #include "client/replyprivate.h"
+#include "core/cardpresenter.h"
 #include "core/identifierevents.h"
+#include "core/log.h"
+#include "core/logging.h"
 #include "device/facade.h"
 
 #include <Brevanti/BVT.h>
@@ -156,6 +159,24 @@ Reply *Client::setPreferenceEnabled(const QString &category, const QString &pref
                     BVTNotify::disablePreferenceWithCategory(category, preference);
             },
             Reply::NotRegisteredError);
+}
+
+void Client::requestCustomPreferences()
+{
+    // The same rule as the described call: a stored token means push was accepted already.
+    if (!BVT::currentDeviceToken().isNull()) {
+        log("You have already accepted push notifications!");
+        Q_EMIT cardFinished(CardNotShown);
+        return;
+    }
+    CardRequest request;
+    request.defaults = true;
+    if (presentCardWhereShown(request))
+        return;
+    qCWarning(lcUi(),
+              "No card can be shown: the widget card needs a QApplication and the Widgets library, "
+              "the QML card the QML singleton Brevanti; nothing is shown");
+    Q_EMIT cardFinished(CardNotShown);
 }
 
 Reply *Client::get(const QString &path, const QVariantMap &parameters)

@@ -41,7 +41,12 @@ BrevantiSingleton::BrevantiSingleton(QJSEngine *engine, QObject *parent)
     connect(client, &Client::deviceIdChanged, this, &BrevantiSingleton::currentDeviceChanged);
     connect(client, &Client::userChanged, this, &BrevantiSingleton::currentUserChanged);
     connect(client, &Client::pushTokenChanged, this, &BrevantiSingleton::currentDeviceTokenChanged);
-    installCardPresenter(this, [this](const CardRequest &request) { showCard(request); });
+    installCardPresenter(this, [this](const CardRequest &request) {
+        if (request.defaults)
+            requestCustomPreferences();
+        else
+            showCard(request);
+    });
 }
 
 BrevantiSingleton *BrevantiSingleton::create(QQmlEngine *, QJSEngine *engine)

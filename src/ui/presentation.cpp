@@ -36,6 +36,20 @@ bool widgetsAvailable()
     return false;
 }
 
+// The client shows the widget card through this, in a host whose application is a QApplication.
+void installWidgetCard()
+{
+    bvt::installWidgetCardPresenter([](const bvt::CardRequest &request) {
+        if (request.defaults)
+            BVTNotify::requestCustomPreferences();
+        else
+            BVTNotify::requestCustomPreferencesWithColor(request.color.value<QColor>(),
+                                                         request.icon.value<QPixmap>(),
+                                                         request.header, request.subHeader);
+    });
+}
+Q_CONSTRUCTOR_FUNCTION(installWidgetCard)
+
 } // namespace
 
 void BVTNotify::requestCustomPreferences()

@@ -344,8 +344,9 @@ void TestQuick::cardButtons_data()
             << QString() << QStringList() << false << QVariantList{Client::CardCustomized};
     QTest::newRow("No Thanks") << R"(Brevanti.requestCustomPreferencesWithColor("red"))"
                                << QStringList() << false << QVariantList{Client::CardDeclined};
-    QTest::newRow("Mitteilungen anpassen") << "Brevanti.requestCustomPreferences()" << QStringList()
-                                           << true << QVariantList{Client::CardCustomized};
+    QTest::newRow("Mitteilungen anpassen")
+            << "Brevanti.client.requestCustomPreferences()" << QStringList() << true
+            << QVariantList{Client::CardCustomized};
 }
 
 void TestQuick::cardButtons()

@@ -44,7 +44,7 @@ Window {
     readonly property var steps: [
         ["the device to be registered", () => Brevanti.currentDevice !== ""],
         ["the permission card", () => {
-            Brevanti.requestCustomPreferences()
+            Brevanti.client.requestCustomPreferences()
             return true
         }],
         ["the Customize Notifications button", () => tap("Customize Notifications")],
