@@ -59,11 +59,13 @@ private Q_SLOTS:
         QCOMPARE(initialised.size(), 1);
         QVERIFY(m_client->isInitialised() && !m_client->deviceId().isNull());
     }
+
     void init()
     {
         QTRY_VERIFY(m_local->nothingUnderWay());
         m_local->reset();
     }
+
     void everyCallFinishesOnce_data()
     {
         QTest::addColumn<QString>("call");
@@ -74,41 +76,30 @@ private Q_SLOTS:
         QTest::addColumn<int>("status");
         QTest::addColumn<int>("sent"); // requests that reached the service, token requests included
 
-        const QString secret = LocalService::clientSecret;
-        const bvtsim::Fault none;
+        // The call is the first word of the row's name.
+        const auto row = [](const char *name, const QString &argument, const bvtsim::Fault &fault,
+                            Reply::Error error, int status, int sent,
+                            const QString &secret = LocalService::clientSecret) {
+            QTest::newRow(name) << QString(name).section(',', 0, 0) << argument << fault << secret
+                                << int(error) << status << sent;
+        };
         bvtsim::Fault dropped;
         dropped.dropConnection = true;
-        QTest::newRow("get, answered") << "get"
-                                       << "/echo" << none << secret << 0 << 200 << 2;
-        QTest::newRow("assign, answered") << "assign"
-                                          << "u1" << none << secret << 0 << 200 << 2;
-        QTest::newRow("fetch, answered") << "fetch"
-                                         << "" << none << secret << 0 << 200 << 2;
-        QTest::newRow("switch, answered") << "switch"
-                                          << "breaking" << none << secret << 0 << 200 << 2;
-        QTest::newRow("post, no token")
-                << "post"
-                << "/echo" << none << "wrong" << int(Reply::NoAccessTokenError) << 0 << 1;
-        QTest::newRow("unassign, no token")
-                << "unassign"
-                << "" << none << "wrong" << int(Reply::NoAccessTokenError) << 0 << 1;
-        QTest::newRow("patch, 404") << "patch"
-                                    << "/echo" << bvtsim::Fault{0, 404, "gone", "text/plain"}
-                                    << secret << int(Reply::HttpStatusError) << 404 << 2;
-        QTest::newRow("enable, dropped")
-                << "enable"
-                << "" << dropped << secret << int(Reply::NetworkError) << 0 << 2;
-        QTest::newRow("get, not JSON") << "get"
-                                       << "/echo" << bvtsim::Fault{0, 200, "no", "text/plain"}
-                                       << secret << int(Reply::InvalidAnswerError) << 200 << 2;
-        QTest::newRow("assign, null user") << "assign" << QString() << none << secret
-                                           << int(Reply::RefusedArgumentError) << 0 << 0;
-        QTest::newRow("switch, null key") << "switch" << QString() << none << secret
-                                          << int(Reply::RefusedArgumentError) << 0 << 0;
-        QTest::newRow("get, another host")
-                << "get"
-                << "@127.0.0.1:1/x" << none << secret << int(Reply::RefusedArgumentError) << 0 << 0;
+        row("get, answered", "/echo", {}, Reply::NoError, 200, 2);
+        row("assign, answered", "u1", {}, Reply::NoError, 200, 2);
+        row("fetch, answered", "", {}, Reply::NoError, 200, 2);
+        row("switch, answered", "breaking", {}, Reply::NoError, 200, 2);
+        row("post, no token", "/echo", {}, Reply::NoAccessTokenError, 0, 1, "wrong");
+        row("unassign, no token", "", {}, Reply::NoAccessTokenError, 0, 1, "wrong");
+        row("patch, 404", "/echo", {0, 404, "gone", "text/plain"}, Reply::HttpStatusError, 404, 2);
+        row("enable, dropped", "", dropped, Reply::NetworkError, 0, 2);
+        row("get, not JSON", "/echo", {0, 200, "no", "text/plain"}, Reply::InvalidAnswerError, 200,
+            2);
+        row("assign, null user", QString(), {}, Reply::RefusedArgumentError, 0, 0);
+        row("switch, null key", QString(), {}, Reply::RefusedArgumentError, 0, 0);
+        row("get, another host", "@127.0.0.1:1/x", {}, Reply::RefusedArgumentError, 0, 0);
     }
+
     // Whatever happens, each call's reply finishes exactly once, later than the call returned, and
     // then deletes itself; the error tells what happened, and the service saw what it should have.
     void everyCallFinishesOnce()
@@ -153,6 +144,7 @@ private Q_SLOTS:
             QCOMPARE(ended->user, argument);
         QCOMPARE(m_local->service().requests().size(), sent);
     }
+
     void nothingIsSentWithoutADevice()
     {
         bvt::UserDefaults &store = bvt::UserDefaults::standardUserDefaults();
@@ -170,6 +162,7 @@ private Q_SLOTS:
         }
         QCOMPARE(m_local->service().requests().size(), 0);
     }
+
     void abortEndsTheCallWithoutAResult()
     {
         m_local->service().setFault("GET", "/echo", {200, 0, {}, {}});
@@ -183,6 +176,7 @@ private Q_SLOTS:
         QTRY_VERIFY(m_local->nothingUnderWay()); // the answer came, and was not reported
         QCOMPARE(ended->times, 1);
     }
+
     // Each property announces a change once, whichever road made it, and a write of the same value
     // not at all.
     void propertiesAnnounceEachRealChangeOnce()
