@@ -30,11 +30,13 @@ private Q_SLOTS:
         m_local = std::make_unique<LocalService>();
         m_log = std::make_unique<LogCapture>();
     }
+
     void init()
     {
         m_local->reset();
         LogCapture::clear();
     }
+
     void cleanup()
     {
         bvt::clock::setFixedNow({});
@@ -67,11 +69,13 @@ private Q_SLOTS:
             "a%5Bb%5D[c%5D]=1");
         row("empty and null values", {{"empty", ""}, {"none", QVariant()}}, "empty=&none");
     }
+
     void formEncoding()
     {
         QFETCH(BVTParameters, parameters);
         QTEST(bvt::FormEncoder::encode(parameters), "encoded");
     }
+
     void answersAreJudged_data()
     {
         QTest::addColumn<int>("status");
@@ -100,6 +104,7 @@ private Q_SLOTS:
             "\"caf\xc3\xa9\"");
         QTest::newRow("no answer") << 0 << QByteArray() << QByteArray() << false << QString();
     }
+
     void answersAreJudged()
     {
         QFETCH(int, status);
@@ -121,6 +126,7 @@ private Q_SLOTS:
         QCOMPARE(response.error.code, status == 0 ? error : status);
         QVERIFY(!response.error.message.isEmpty());
     }
+
     void tokenAnswerIsReadWithoutValidation_data()
     {
         QTest::addColumn<QByteArray>("answer");
@@ -143,6 +149,7 @@ private Q_SLOTS:
             R"({"access_token":"t4","created_at":1e12,"expires_in":"99999999999"})", "t4",
             qint64(2) * std::numeric_limits<qint32>::max());
     }
+
     void tokenAnswerIsReadWithoutValidation()
     {
         QFETCH(QByteArray, answer);
@@ -174,6 +181,7 @@ private Q_SLOTS:
         QTest::newRow("dropped") << QDateTime() << secret << dropped
                                  << int(QNetworkReply::RemoteHostClosedError);
     }
+
     void tokenIsKeptOnlyWhileStrictlyInTheFuture()
     {
         QFETCH(QDateTime, expires);
@@ -210,6 +218,7 @@ private Q_SLOTS:
         QCOMPARE(manager->access_token() == "cached", !fetches);
         QCOMPARE(m_log->lines().isEmpty(), !fetches); // a valid token logs nothing
     }
+
     void everyCallWithoutTokenFetchesOneOnTheServiceClock()
     {
         // The device clock is far from the service's: only the service's issue time counts.
@@ -258,6 +267,7 @@ private Q_SLOTS:
         QTest::newRow("PATCH") << QByteArray("PATCH") << form << "/echo" << QByteArray()
                                << "Patch Success: ";
     }
+
     void eachVerbSendsItsBytesAndLogLines()
     {
         QFETCH(QByteArray, verb);
@@ -294,6 +304,7 @@ private Q_SLOTS:
                                       .toJson(QJsonDocument::Compact);
         QCOMPARE(m_log->lines(), expected);
     }
+
     // The request holds its manager until it ends, and reads the token only when it goes out: if
     // the token answer held none, it still goes, naming nil.
     void requestKeepsItsManagerAndReadsTheBearerWhenItGoesOut()

@@ -49,6 +49,7 @@ private Q_SLOTS:
                                                       LocalService::clientSecret);
         m_log = std::make_unique<LogCapture>();
     }
+
     void init()
     {
         QTRY_VERIFY(m_local->nothingUnderWay()); // what an earlier test started has ended
@@ -80,6 +81,7 @@ private Q_SLOTS:
         QCOMPARE(outcomes.count(), 0);
         QVERIFY(m_log->lines().isEmpty());
     }
+
     // The system version goes in single precision, as the service has always had it.
     void firstRunRegistersAndStoresBeforeSuccess_data()
     {
@@ -92,6 +94,7 @@ private Q_SLOTS:
         QTest::newRow("leading blanks") << QString("  8.4.1") << "8.400000";
         QTest::newRow("no number") << QString("beta 2") << "0.000000";
     }
+
     void firstRunRegistersAndStoresBeforeSuccess()
     {
         QFETCH(QString, version);
@@ -108,6 +111,7 @@ private Q_SLOTS:
                               device["model"].toString(), device["manufacturer"].toString()}),
                  QStringList({"ios", sent, bvt::Device::currentDevice().model(), "Apple"}));
     }
+
     void registrationAnswerIsReadAsItComes_data()
     {
         QTest::addColumn<int>("status");
@@ -122,6 +126,7 @@ private Q_SLOTS:
                 << 201 << QByteArray(R"({"device":"abc"})") << QString();
         QTest::newRow("server error") << 500 << QByteArray("<html>oops</html>") << QString();
     }
+
     void registrationAnswerIsReadAsItComes()
     {
         QFETCH(int, status);
@@ -142,6 +147,7 @@ private Q_SLOTS:
         QCOMPARE(m_log->linesStartingWith("Set UUID"),
                  status == 201 ? QStringList{set} : QStringList());
     }
+
     void deviceIdentifierIsWrittenOnce()
     {
         m_manager->setBVTDeviceId(QVariant()); // nil: logged as set, but nothing is stored
@@ -169,6 +175,7 @@ private Q_SLOTS:
         QCOMPARE(routed, QStringList{"Set Device Token to: AB"});
         QCOMPARE(m_log->linesStartingWith("Set Device"), QStringList{"Set Device Token to: CD"});
     }
+
     void storeReadsStringsNumbersAndNothingElse_data()
     {
         QTest::addColumn<QVariant>("value");
@@ -184,6 +191,7 @@ private Q_SLOTS:
         QTest::newRow("nil removes") << QVariant() << QString();
         QTest::newRow("null string removes") << QVariant(QString()) << QString();
     }
+
     void storeReadsStringsNumbersAndNothingElse()
     {
         QFETCH(QVariant, value);
@@ -197,6 +205,7 @@ private Q_SLOTS:
             QCOMPARE(user.isNull(), read.isNull());
         }
     }
+
     void assignmentAndUnassignmentSendExactlyTheirFields()
     {
         BVT::initWithLaunchOptions({}, LocalService::clientId, LocalService::clientSecret);
@@ -236,6 +245,7 @@ private Q_SLOTS:
         QVERIFY(outcomes.texts.size() == 2 && outcomes.answers.isEmpty());
         QCOMPARE(BVT::currentUser(), "kept");
     }
+
     void secondInitialisationReplacesTheManager()
     {
         m_manager->setBVTDeviceId("d");
@@ -260,6 +270,7 @@ private Q_SLOTS:
                  "POSTPATCH"); // the facade forwards each
         QVERIFY(echoes.first().header("Authorization") != echoes.last().header("Authorization"));
     }
+
     void valuesOutliveTheProcessInAFileOfTheOwner_data()
     {
         QTest::addColumn<QString>("link"); // the settings file is a symbolic link to this; "": none
@@ -267,6 +278,7 @@ private Q_SLOTS:
         QTest::newRow("link to a file") << "target.conf";
         QTest::newRow("dangling link") << "missing.conf";
     }
+
     // The file is the store's own: a symbolic link in its place is replaced, and what it named is
     // neither written nor given another mode.
     void valuesOutliveTheProcessInAFileOfTheOwner()
@@ -303,12 +315,14 @@ private Q_SLOTS:
         if (other.exists())
             QCOMPARE(other.permissions() & ~(QFile::ReadUser | QFile::WriteUser), readable);
     }
+
     void onlyFailedWritesAreLoggedAndTheyAreKept_data()
     {
         QTest::addColumn<bool>("directoryInTheWay"); // else a file that cannot be parsed
         QTest::newRow("directory in the way") << true;
         QTest::newRow("file with a format problem") << false;
     }
+
     void onlyFailedWritesAreLoggedAndTheyAreKept()
     {
         QFETCH(bool, directoryInTheWay);
@@ -337,6 +351,7 @@ private Q_SLOTS:
         QCOMPARE(m_log->linesStartingWith("Failed"), directoryInTheWay ? failures : QStringList());
         QCOMPARE(QSettings(file, QSettings::IniFormat).value(userKey).toString(), "kept");
     }
+
     void entryThatCannotBeDecodedIsAbsent_data()
     {
         QTest::addColumn<QByteArray>("settings"); // the settings file
@@ -364,6 +379,7 @@ private Q_SLOTS:
         QTest::newRow("cut short in another group")
                 << "[Other]\n" + key + cutString + "\n" + entry("kept") << "kept";
     }
+
     // An entry written in the binary form and cut short reads as absent, not as an empty or garbled
     // identifier, so the device registers again instead of never.
     void entryThatCannotBeDecodedIsAbsent()
@@ -382,12 +398,14 @@ private Q_SLOTS:
         if (read.isNull())
             QCOMPARE(m_manager->currentDevice(), m_local->service().deviceIds().constLast());
     }
+
     void fullDiskKeepsTheFileAndTheValues_data()
     {
         QTest::addColumn<int>("free"); // bytes left on the file system
         QTest::newRow("nothing free") << 0;
         QTest::newRow("4 KiB free") << 4096;
     }
+
     // On a file system that cannot hold the new file, the old one stays as it was, the failure is
     // logged, the values stay pending, and the next write that fits saves them.
     void fullDiskKeepsTheFileAndTheValues()
@@ -462,6 +480,7 @@ int main(int argc, char **argv)
                               store.stringForKey(tokenKey)};
         return 0;
     }
+
     TestDevice test;
     return QTest::qExec(&test, argc, argv);
 }

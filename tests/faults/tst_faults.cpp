@@ -46,6 +46,7 @@ public:
             });
         });
     }
+
     int requests = 0;
 
 private:
@@ -99,6 +100,7 @@ private Q_SLOTS:
         QVERIFY(fetchToken(m_store));
         m_log = std::make_unique<LogCapture>();
     }
+
     void init()
     {
         m_local->reset();
@@ -107,6 +109,7 @@ private Q_SLOTS:
         // Qt's warnings tell of misuse, such as reading a reply that was aborted.
         QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
     }
+
     void cleanup()
     {
         m_local->routeLibraryHere();
@@ -115,6 +118,7 @@ private Q_SLOTS:
         m_hostile.reset();
         bvt::HttpClient::setTimeoutMs(bvt::HttpClient::defaultTimeoutMs);
     }
+
     void faultEndsInOneOutcome_data()
     {
         QTest::addColumn<QByteArray>("target"); // "token" or the verb of the request
@@ -186,6 +190,7 @@ private Q_SLOTS:
         QTest::addRow("GET 10 MB") << QByteArray("GET") << bvtsim::Fault{0, 200, array, {}}
                                    << QByteArray("service") << Expect::Success;
     }
+
     void faultEndsInOneOutcome()
     {
         QFETCH(QByteArray, target);
@@ -251,12 +256,14 @@ private Q_SLOTS:
         QCOMPARE(m_store->currentUser(), "user-before");
         QCOMPARE(m_store->currentDeviceToken(), "token-before");
     }
+
     void droppedConnectionFailsOnlyWhatItMust_data()
     {
         QTest::addColumn<QByteArray>("verb");
         for (const QByteArray verb : {"GET", "POST", "PATCH"})
             QTest::newRow(verb.constData()) << verb;
     }
+
     // Twenty calls at once, one connection closed unanswered: a GET is sent again and succeeds, a
     // POST or PATCH fails alone and reaches the service at most once, and every other call
     // succeeds.
@@ -287,6 +294,7 @@ private Q_SLOTS:
         QCOMPARE(arrivals.size(), count);
         QCOMPARE(m_local->requestsFor("/echo").size(), count + 1 - failed);
     }
+
     void pathLeavingTheOriginSendsNothing_data()
     {
         QTest::addColumn<QByteArray>("verb");
@@ -298,6 +306,7 @@ private Q_SLOTS:
         QTest::newRow("longer host name, GET") << QByteArray("GET") << ".invalid/echo" << true;
         QTest::newRow("its own port spelt out, GET") << QByteArray("GET") << ":443/echo" << false;
     }
+
     // The path is joined to the origin as text, so it could name another host, which would receive
     // the bearer token. Such a request fails without a byte sent, token request included.
     void pathLeavingTheOriginSendsNothing()
@@ -322,6 +331,7 @@ private Q_SLOTS:
         QCOMPARE(m_log->linesStartingWith("Not sent"),
                  leaves ? QStringList{line + path} : QStringList());
     }
+
     void manyRequestsWithoutAToken()
     {
         constexpr int count = 300;
@@ -348,6 +358,7 @@ private Q_SLOTS:
             connections.insert(request.connection);
         QVERIFY2(connections.size() <= 6, qPrintable(QString::number(connections.size())));
     }
+
     void unsendableTokenIsNoToken_data()
     {
         QTest::addColumn<QByteArray>("token");
@@ -361,6 +372,7 @@ private Q_SLOTS:
             QTest::addRow("NUL, %s", from) << QByteArray(R"(tok\u0000more)") << fromService;
         }
     }
+
     void unsendableTokenIsNoToken()
     {
         QFETCH(QByteArray, token); // JSON string text, escapes included
@@ -391,6 +403,7 @@ private Q_SLOTS:
         if (fromService) // not kept: the next call asks again
             QVERIFY(manager->access_token().isNull());
     }
+
     // Late: requests queued in the deleted manager may still reach the service afterwards.
     void deletedManagerStillEndsEveryCall_data()
     {
@@ -398,6 +411,7 @@ private Q_SLOTS:
         QTest::newRow("during the token fetch") << QStringLiteral("/oauth/token");
         QTest::newRow("during the request") << QStringLiteral("/echo");
     }
+
     void deletedManagerStillEndsEveryCall()
     {
         QFETCH(QString, path);
@@ -433,6 +447,7 @@ private Q_SLOTS:
         QVERIFY(std::all_of(texts.cbegin(), texts.cend(),
                             [](const QString &t) { return t.isNull(); }));
     }
+
     void storeWriteSurvivesSigkill()
     {
         m_store->setBVTDeviceToken("written-by-the-parent");
@@ -512,6 +527,7 @@ int main(int argc, char **argv)
         std::fflush(stdout);
         return app.exec();
     }
+
     TestFaults test;
     return QTest::qExec(&test, argc, argv);
 }

@@ -35,6 +35,7 @@ private Q_SLOTS:
         m_system.install();
         m_log = std::make_unique<LogCapture>();
     }
+
     void init()
     {
         QTRY_VERIFY(m_local->nothingUnderWay()); // what an earlier test started has ended
@@ -70,6 +71,7 @@ private Q_SLOTS:
         QCOMPARE(outcomes.count(), 0);
         QVERIFY(m_system.requests().isEmpty());
     }
+
     // The token goes as text (a string as it is, anything else as its bytes in hex) and is stored
     // only once the service accepted it, before success runs.
     void enableSendsTheTokenAndStoresItOnceAccepted_data()
@@ -89,6 +91,7 @@ private Q_SLOTS:
         QTest::newRow("dropped: the earlier kept") << bytes << "000FCAFE" << dropped;
         QTest::newRow("redirected: the earlier kept") << bytes << "000FCAFE" << redirected;
     }
+
     void enableSendsTheTokenAndStoresItOnceAccepted()
     {
         QFETCH(QVariant, token);
@@ -120,6 +123,7 @@ private Q_SLOTS:
         QVERIFY(m_local->requestsFor("/echo").isEmpty());
         QCOMPARE(m_log->linesStartingWith("Got"), QStringList{"Got device token " + text});
     }
+
     void changesGoToTheUserWhenAssignedAndFetchesToTheDevice()
     {
         registerDevice();
@@ -139,6 +143,7 @@ private Q_SLOTS:
         QCOMPARE(m_local->requestsFor("/preferences").first().query,
                  "device[uuid]=" + device.toUtf8());
     }
+
     // Every change is followed by one verify: without a token it asks for push permission, with one
     // it logs the token. Nil keys throw before anything is sent or verified.
     void everyChangeIsFollowedByOneVerify()
@@ -173,6 +178,7 @@ private Q_SLOTS:
                  "category=news&device[uuid]=" + BVT::currentDevice().toUtf8()
                          + "&preference=digest");
     }
+
     void documentModelReadsTheFetchedDocument_data()
     {
         QTest::addColumn<QByteArray>("document");
@@ -197,6 +203,7 @@ private Q_SLOTS:
                            R"([17,"text",null,[],{"preferences":"many"},{"preferences":[3,{}]}])")
                 << "~:~() ~:~() ~:~() ~:~() ~:~() ~:~(~:~=0,~:~=0)";
     }
+
     void documentModelReadsTheFetchedDocument()
     {
         QFETCH(QByteArray, document);

@@ -34,6 +34,7 @@ struct Model : bvt::TableViewDataSource, bvt::TableViewDelegate
         ++headers[s];
         return new QWidget;
     }
+
     // A cell is built only when the pool has none to hand back.
     TableViewCell *cellForRowAtIndexPath(TableView *table, const IndexPath &p) override
     {
@@ -56,6 +57,7 @@ struct Probe : ViewController
         setContentSizeInPopup(card);
         setLandscapeContentSizeInPopup({637, 315});
     }
+
     void viewDidLoad() override { hooks += name + ":load "; }
     void viewWillAppear(bool) override { hooks += name + ":will "; }
     void viewDidAppear(bool) override { hooks += name + ":did "; }
@@ -78,6 +80,7 @@ private Q_SLOTS:
         m_root = new Probe(QStringLiteral("root"));
         m_phone = std::make_unique<PhoneWindow>(new NavigationController(m_root));
     }
+
     void scrollingShowsWhatIsInView_data()
     {
         QTest::addColumn<int>("offset");
@@ -85,6 +88,7 @@ private Q_SLOTS:
         QTest::newRow("across a section boundary, 7 px at a time") << 1000 << 7;
         QTest::newRow("beyond the end, half a screen at a time") << 200000 << 330;
     }
+
     void scrollingShowsWhatIsInView()
     {
         QFETCH(int, offset);
@@ -126,6 +130,7 @@ private Q_SLOTS:
         m_table->setContentOffset(0);
         QCOMPARE(m_model->headers.value(0), 2);
     }
+
     void selectionByTapAndReload_data()
     {
         QTest::addColumn<QPoint>("move"); // between the press on row 0.2's label and the release
@@ -134,6 +139,7 @@ private Q_SLOTS:
         QTest::newRow("released on the next row") << QPoint(0, 60) << false;
         QTest::newRow("released above the table") << QPoint(0, -200) << false;
     }
+
     void selectionByTapAndReload()
     {
         QFETCH(QPoint, move);
@@ -164,6 +170,7 @@ private Q_SLOTS:
         for (const IndexPath &p : m_table->indexPathsForVisibleRows())
             QVERIFY(!m_table->cellForRowAtIndexPath(p)->isSelected());
     }
+
     void navigationOrdersViewsAndHooks_data()
     {
         QTest::addColumn<bool>("startsEmpty"); // the root is pushed once the window is shown
@@ -172,6 +179,7 @@ private Q_SLOTS:
         QTest::newRow("with a root") << false << portrait << QRect(0, 44, 375, 623);
         QTest::newRow("empty at first, landscape") << true << landscape << QRect(0, 44, 667, 331);
     }
+
     void navigationOrdersViewsAndHooks()
     {
         QFETCH(bool, startsEmpty);
@@ -223,6 +231,7 @@ private Q_SLOTS:
         QVERIFY(!view && nav->viewControllers() == QList<ViewController *>{m_root});
         QVERIFY(m_root->view()->isVisible() && nav->navigationBar()->title() == "root");
     }
+
     void tabsShowTheSelectedController()
     {
         auto *tabs = new TabBarController;
@@ -247,6 +256,7 @@ private Q_SLOTS:
         bar->setCurrentIndex(0); // as a tap on the tab does
         QVERIFY(shown() == "x--" && tabs->selectedIndex() == 0);
     }
+
     void popupCardShowsOnlyTheTopController_data()
     {
         QTest::addColumn<QSize>("phoneSize");
@@ -261,6 +271,7 @@ private Q_SLOTS:
         QTest::newRow("pushed") << portrait << false << 1 << QRect(37, 211, 300, 244) << 0;
         QTest::newRow("pushed before") << portrait << false << 2 << QRect(37, 211, 300, 244) << 0;
     }
+
     void popupCardShowsOnlyTheTopController()
     {
         QFETCH(QSize, phoneSize);

@@ -40,6 +40,7 @@ ListView {
         property string shown: [ListView.section, model.categoryKey, model.preferenceName,
                                 model.preferenceKey, model.enabled].join(":")
     }
+
     function run(code) { return Function("Brevanti", "page", "test", code)(Brevanti, page, test) }
     function rows() {
         forceLayout()
@@ -65,6 +66,7 @@ QList<QQuickItem *> itemsOf(QObject *card, const char *type, const QString &text
         if (item->isVisible())
             below << item->childItems();
     }
+
     return found;
 }
 
@@ -111,6 +113,7 @@ private Q_SLOTS:
         QVERIFY(QGuiApplication::topLevelWindows().isEmpty());
         showPage();
     }
+
     void launchShowsTheDevice()
     {
         const QString start = R"(Brevanti.initWithLaunchOptions({}, "test-client", "test-secret"))";
@@ -128,6 +131,7 @@ private Q_SLOTS:
         QCOMPARE(m_page->property("currentDevice").toString(), BVT::currentDevice());
         QCOMPARE(m_local->requestsFor("/devices").size(), 1);
     }
+
     void identifierChangesReachBindings_data()
     {
         QTest::addColumn<QString>("code");
@@ -157,6 +161,7 @@ private Q_SLOTS:
                                           << user << "client-reader" << 1;
         QTest::newRow("client: unassigned") << call.arg("unassignDevice()") << user << "" << 1;
     }
+
     void identifierChangesReachBindings()
     {
         QFETCH(QString, code);
@@ -175,6 +180,7 @@ private Q_SLOTS:
                      code.contains("null") ? bvt::Reply::RefusedArgumentError
                                            : bvt::Reply::NoError);
     }
+
     void callbacksGetTheAnswer_data()
     {
         QTest::addColumn<bvtsim::Fault>("fault");
@@ -187,6 +193,7 @@ private Q_SLOTS:
                 << dropped << false << QVariantList{QVariant::fromValue(nullptr)};
         QTest::newRow("engine gone first") << bvtsim::Fault() << true << QVariantList();
     }
+
     void callbacksGetTheAnswer()
     {
         QFETCH(bvtsim::Fault, fault);
@@ -228,6 +235,7 @@ private Q_SLOTS:
         if (engineGone)
             showPage();
     }
+
     void modelListsEveryLoadInSections()
     {
         QStringList shown;
@@ -243,6 +251,7 @@ private Q_SLOTS:
             QCOMPARE(run("return page.rows()").toStringList(), shown);
         }
     }
+
     void flipReachesTheService_data()
     {
         QTest::addColumn<int>("row");
@@ -257,6 +266,7 @@ private Q_SLOTS:
                 << "/preferences/disable category=news&" + device + "&preference=breaking";
         QTest::newRow("where it is already") << 2 << true << 0 << QString();
     }
+
     void flipReachesTheService()
     {
         QFETCH(int, row);
@@ -279,6 +289,7 @@ private Q_SLOTS:
                  sent.isEmpty() ? 0 : 2); // as the widget
         QVERIFY(run("return page.rows()").toStringList().at(row).endsWith(on ? ":true" : ":false"));
     }
+
     void cardButtons_data()
     {
         QTest::addColumn<QString>("call");      // QML code; none for BVTNotify's C++ call
@@ -297,6 +308,7 @@ private Q_SLOTS:
                 << "Brevanti.requestCustomPreferences()" << QStringList() << true
                 << QVariantList{Client::CardCustomized};
     }
+
     void cardButtons()
     {
         QFETCH(QString, call);
@@ -370,6 +382,7 @@ private:
         m_page.reset(component.createWithInitialProperties({{"test", QVariant::fromValue(this)}}));
         QVERIFY2(m_page, qPrintable(component.errorString()));
     }
+
     QVariant run(const QString &code)
     {
         QVariant result;
@@ -377,6 +390,7 @@ private:
                                   Q_ARG(QVariant, code));
         return result;
     }
+
     QObject *singleton() { return run("return Brevanti").value<QObject *>(); }
     QObject *model() const { return m_page->property("model").value<QObject *>(); }
 

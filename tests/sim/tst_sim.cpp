@@ -73,6 +73,7 @@ private Q_SLOTS:
                         .second;
         bearer = "Bearer " + parse(issued)["access_token"].toString().toLatin1();
     }
+
     // A state file is the service's own or a new one; anything else is left alone, and the
     // executable refuses to start on it with the same message: status 1, or 2 for a node that is
     // not a regular file.
@@ -92,6 +93,7 @@ private Q_SLOTS:
         QTest::newRow("character device") << "null" << QByteArray() << int(S_IFCHR) << 2;
         QTest::newRow("FIFO") << "fifo" << QByteArray() << int(S_IFIFO) << 2;
     }
+
     void stateFile()
     {
         QFETCH(QString, name);
@@ -130,6 +132,7 @@ private Q_SLOTS:
             QCOMPARE(held(path), before);
         }
     }
+
     // A change that cannot be saved whole is answered 503 and undone, and the file keeps the last
     // whole state.
     void stateFileOnFullDisk()
@@ -160,6 +163,7 @@ private Q_SLOTS:
         QCOMPARE(service->deviceIds(), QStringList());
         QCOMPARE(held(state.fileName()), own);
     }
+
     // A connection ends after the answer its client asked to be the last, after a request whose
     // length cannot be trusted or that brings more than the limits, or once no byte has moved for
     // the idle time-out.
@@ -197,6 +201,7 @@ private Q_SLOTS:
         QTest::newRow("header lines trickled")
                 << 0 << get + "TRICKLE" << QByteArray("HTTP/1.1 408");
     }
+
     void connectionEnds()
     {
         QFETCH(int, idleMs);
@@ -216,6 +221,7 @@ private Q_SLOTS:
         QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
         QTEST(socket.readAll().left(12), "answer");
     }
+
     // The admin routes answer the machine itself: no name rebound to loopback, no web page of
     // another origin. They take no fault that would break the head of an answer, and show no
     // credentials.
@@ -265,6 +271,7 @@ private Q_SLOTS:
                 << request("GET /_sim/requests", local)
                 << QByteArray(R"(["Authorization","Basic ***"])");
     }
+
     void admin()
     {
         QFETCH(QByteArray, sent);
@@ -276,6 +283,7 @@ private Q_SLOTS:
         const QByteArray received = socket.readAll();
         QVERIFY2(received.contains(answer), received.constData());
     }
+
     // Once the record passes its bound on bytes it drops the oldest requests first.
     void recordBound()
     {

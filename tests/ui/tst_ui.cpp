@@ -35,6 +35,7 @@ QJsonArray catalogue(int categories = 3, int preferences = 2)
                                     {"key", QStringLiteral("c%1").arg(c)},
                                     {"preferences", rows}});
     }
+
     return document;
 }
 
@@ -65,6 +66,7 @@ private Q_SLOTS:
                 [](const QByteArray &token) { BVTNotify::enableDevice(token); });
         m_system.install();
     }
+
     // Every test starts with no device token stored: the card shows only then.
     void init()
     {
@@ -75,6 +77,7 @@ private Q_SLOTS:
         LogCapture::clear();
         m_phone = std::make_unique<PhoneWindow>();
     }
+
     void cardTakesTheGivenLook_data()
     {
         QTest::addColumn<int>("given"); // none; colour; colour, icon and header; all four
@@ -88,6 +91,7 @@ private Q_SLOTS:
         QTest::newRow("nil colour, icon, nil header") << 2 << QColor() << QString() << sub;
         QTest::newRow("all four") << 3 << QColor(Qt::blue) << QString("Header") << QString("Sub");
     }
+
     void cardTakesTheGivenLook()
     {
         QFETCH(int, given);
@@ -125,6 +129,7 @@ private Q_SLOTS:
         QCOMPARE(bar->findChild<QLabel *>()->palette().color(QPalette::WindowText),
                  QColor(Qt::white));
     }
+
     void buttons_data()
     {
         QTest::addColumn<int>("button");        // the row's name is the button's text
@@ -142,6 +147,7 @@ private Q_SLOTS:
         QTest::newRow("Mitteilungen anpassen")
                 << 1 << QStringList() << true << QVariantList{Client::CardCustomized};
     }
+
     void buttons()
     {
         QFETCH(int, button);
@@ -207,6 +213,7 @@ private Q_SLOTS:
             told << signal.value(0).toInt();
         QTEST(told, "outcomes");
     }
+
     void topControllerWalk_data()
     {
         QTest::addColumn<int>("hierarchy");
@@ -214,6 +221,7 @@ private Q_SLOTS:
         QTest::newRow("empty navigation stack") << 1;
         QTest::newRow("plain controller") << 2;
     }
+
     void topControllerWalk()
     {
         QFETCH(int, hierarchy);
@@ -235,6 +243,7 @@ private Q_SLOTS:
         BVTNotify::requestCustomPreferences();
         QCOMPARE(shownPopup() ? shownPopup()->parent() : nullptr, top);
     }
+
     void spinnerTurnsUntilADocumentAndEachAppearanceAppends()
     {
         QVERIFY(m_local->service().setCatalogue(QJsonArray()));
@@ -260,6 +269,7 @@ private Q_SLOTS:
         QCOMPARE(screen->tableView()->numberOfSections(), 6);
         QCOMPARE(screen->tableData().mid(3), screen->tableData().mid(0, 3));
     }
+
     void rowsAndHeadersAsDesignedAndRefittedOnTurns()
     {
         QVERIFY(m_local->service().setCatalogue(catalogue(10, 10)));
@@ -303,6 +313,7 @@ private Q_SLOTS:
             QCOMPARE(table->geometry(), QRect(QPoint(0, 0), screen->view()->size()));
         }
     }
+
     void flipSendsTheRowsPreference_data()
     {
         QTest::addColumn<QByteArray>("document"); // served instead of the catalogue's, if any
@@ -316,6 +327,7 @@ private Q_SLOTS:
                 << QByteArray(R"([{"name":7,"preferences":[{"name":42,"enabled":1}]}])") << 0
                 << "42" << true << "(null):(null)";
     }
+
     void flipSendsTheRowsPreference()
     {
         QFETCH(QByteArray, document);
@@ -358,6 +370,7 @@ private:
         }
         return nullptr;
     }
+
     // the full-screen form, pushed on the window's navigation stack
     Preferences *open()
     {
@@ -365,6 +378,7 @@ private:
         BVTNotify::openPreferencesWithNavigationController(m_phone->navigation());
         return qobject_cast<Preferences *>(m_phone->navigation()->topViewController());
     }
+
     // so that the screen appears again
     void coverAndUncover()
     {
