@@ -138,28 +138,27 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("property");
         QTest::addColumn<QString>("value");
         QTest::addColumn<int>("changes");
-        const QByteArray user = "currentUser";
-        const QByteArray token = "currentDeviceToken";
+        const auto row = [](const char *name, const QString &code, const char *property,
+                            const char *value, int changes) {
+            QTest::newRow(name) << code << QByteArray(property) << value << changes;
+        };
+        const char *user = "currentUser", *token = "currentDeviceToken";
         // In this order: each row starts where the one before ended.
-        QTest::newRow("assigned") << R"(Brevanti.assignDeviceToUser("reader"))" << user << "reader"
-                                  << 1;
-        QTest::newRow("unassigned") << "Brevanti.unassignDevice()" << user << "" << 1;
-        QTest::newRow("refused: a JS error")
-                << "try { Brevanti.assignDeviceToUser(null) } catch (e) { test.record(e.message) }"
-                << user << "" << 0;
-        QTest::newRow("token accepted")
-                << R"(Brevanti.enableDevice("CAFE"))" << token << "CAFE" << 1;
-        QTest::newRow("token set")
-                << R"(Brevanti.setCurrentDeviceToken("BEEF"))" << token << "BEEF" << 1;
-        QTest::newRow("same token again")
-                << R"(Brevanti.setCurrentDeviceToken("BEEF"))" << token << "BEEF" << 0;
+        row("assigned", R"(Brevanti.assignDeviceToUser("reader"))", user, "reader", 1);
+        row("unassigned", "Brevanti.unassignDevice()", user, "", 1);
+        row("refused: a JS error",
+            "try { Brevanti.assignDeviceToUser(null) } catch (e) { test.record(e.message) }", user,
+            "", 0);
+        row("token accepted", R"(Brevanti.enableDevice("CAFE"))", token, "CAFE", 1);
+        row("token set", R"(Brevanti.setCurrentDeviceToken("BEEF"))", token, "BEEF", 1);
+        row("same token again", R"(Brevanti.setCurrentDeviceToken("BEEF"))", token, "BEEF", 0);
         // The client's calls, whose replies QML reads when they finish: the error is recorded.
         const QString call = "const reply = Brevanti.client.%1\n"
                              "reply.finished.connect(() => test.record(reply.error))";
-        QTest::newRow("client: refused") << call.arg("assignDeviceToUser(null)") << user << "" << 0;
-        QTest::newRow("client: assigned") << call.arg(R"(assignDeviceToUser("client-reader"))")
-                                          << user << "client-reader" << 1;
-        QTest::newRow("client: unassigned") << call.arg("unassignDevice()") << user << "" << 1;
+        row("client: refused", call.arg("assignDeviceToUser(null)"), user, "", 0);
+        row("client: assigned", call.arg(R"(assignDeviceToUser("client-reader"))"), user,
+            "client-reader", 1);
+        row("client: unassigned", call.arg("unassignDevice()"), user, "", 1);
     }
 
     void identifierChangesReachBindings()
@@ -297,16 +296,17 @@ private Q_SLOTS:
         QTest::addColumn<bool>("german");       // the host installs the tests' German translation
         QTest::addColumn<QVariantList>("outcomes"); // the client's, once asked again
         using Client = bvt::Client;
-        QTest::newRow("Keep Me Updated")
-                << "Brevanti.requestCustomPreferences()" << QStringList({"settings:7", "remote"})
-                << false << QVariantList{Client::CardKeptUpdated, Client::CardNotShown};
-        QTest::newRow("Customize Notifications")
-                << QString() << QStringList() << false << QVariantList{Client::CardCustomized};
-        QTest::newRow("No Thanks") << R"(Brevanti.requestCustomPreferencesWithColor("red"))"
-                                   << QStringList() << false << QVariantList{Client::CardDeclined};
-        QTest::newRow("Mitteilungen anpassen")
-                << "Brevanti.requestCustomPreferences()" << QStringList() << true
-                << QVariantList{Client::CardCustomized};
+        const auto row = [](const char *name, const QString &call, bool german,
+                            const QVariantList &outcomes, const QStringList &asked = {}) {
+            QTest::newRow(name) << call << asked << german << outcomes;
+        };
+        const QString request = "Brevanti.requestCustomPreferences()";
+        row("Keep Me Updated", request, false, {Client::CardKeptUpdated, Client::CardNotShown},
+            {"settings:7", "remote"});
+        row("Customize Notifications", QString(), false, {Client::CardCustomized});
+        row("No Thanks", R"(Brevanti.requestCustomPreferencesWithColor("red"))", false,
+            {Client::CardDeclined});
+        row("Mitteilungen anpassen", request, true, {Client::CardCustomized});
     }
 
     void cardButtons()

@@ -173,33 +173,31 @@ private Q_SLOTS:
         // BEARER: init()'s token; TRICKLE: header lines follow one at a time, never the blank line
         QTest::addColumn<QByteArray>("sent");
         QTest::addColumn<QByteArray>("answer"); // the status line's start; empty: none
+        const auto row = [](const char *name, int idleMs, const QByteArray &sent, int status) {
+            QTest::newRow(name) << idleMs << sent
+                                << (status ? "HTTP/1.1 " + QByteArray::number(status)
+                                           : QByteArray());
+        };
         const QByteArray get = "GET /echo HTTP/1.1\r\nHost: sim\r\nAuthorization: BEARER\r\n",
-                         post = QByteArray(get).replace("GET", "POST"), ok = "HTTP/1.1 200",
-                         bad = "HTTP/1.1 400", close = "Connection: close\r\n\r\n",
-                         chunked = post + "Transfer-Encoding: chunked\r\n\r\n";
-        QTest::newRow("Connection: close") << 0 << get + close << ok;
-        QTest::newRow("length -1") << 0 << post + "Content-Length: -1\r\n\r\na=1" << bad;
-        QTest::newRow("two lengths")
-                << 0 << post + "Content-Length: 3\r\nContent-Length: 7\r\n\r\na=1&b=2" << bad;
-        QTest::newRow("length and chunked")
-                << 0 << post + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n"
-                << bad;
-        QTest::newRow("silent") << 100 << QByteArray() << QByteArray();
-        QTest::newRow("body cut short")
-                << 100 << post + "Content-Length: 9\r\n\r\na=1" << QByteArray();
-        QTest::newRow("answer held past it") // by a fault: the client is not the idle one
-                << 100 << QByteArray(get).replace("/echo", "/slow") + close
-                << QByteArray("HTTP/1.1 404");
-        QTest::newRow("header section over the limit")
-                << 0 << get + "X-Pad: " + QByteArray(4096, 'a') + "\r\n" + close
-                << QByteArray("HTTP/1.1 431");
-        QTest::newRow("body over the limit") << 0 << post + "Content-Length: 65\r\n\r\n"
-                                             << QByteArray("HTTP/1.1 413");
-        QTest::newRow("chunked body over the limit")
-                << 0 << chunked + "41\r\n" + QByteArray(65, 'a') + "\r\n0\r\n\r\n"
-                << QByteArray("HTTP/1.1 413");
-        QTest::newRow("header lines trickled")
-                << 0 << get + "TRICKLE" << QByteArray("HTTP/1.1 408");
+                         post = QByteArray(get).replace("GET", "POST"),
+                         close = "Connection: close\r\n\r\n";
+        row("Connection: close", 0, get + close, 200);
+        row("length -1", 0, post + "Content-Length: -1\r\n\r\na=1", 400);
+        row("two lengths", 0, post + "Content-Length: 3\r\nContent-Length: 7\r\n\r\na=1&b=2", 400);
+        row("length and chunked", 0,
+            post + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", 400);
+        row("silent", 100, {}, 0);
+        row("body cut short", 100, post + "Content-Length: 9\r\n\r\na=1", 0);
+        // By a fault: the client is not the idle one.
+        row("answer held past it", 100, QByteArray(get).replace("/echo", "/slow") + close, 404);
+        row("header section over the limit", 0,
+            get + "X-Pad: " + QByteArray(4096, 'a') + "\r\n" + close, 431);
+        row("body over the limit", 0, post + "Content-Length: 65\r\n\r\n", 413);
+        row("chunked body over the limit", 0,
+            post + "Transfer-Encoding: chunked\r\n\r\n41\r\n" + QByteArray(65, 'a')
+                    + "\r\n0\r\n\r\n",
+            413);
+        row("header lines trickled", 0, get + "TRICKLE", 408);
     }
 
     void connectionEnds()
@@ -229,47 +227,36 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("sent");   // PORT: the service's
         QTest::addColumn<QByteArray>("answer"); // a part of it
-        const auto request = [](const char *target, const QByteArray &headers,
-                                const QByteArray &json = {}) {
-            return target + QByteArray(" HTTP/1.1\r\n") + headers + "Content-Length: "
-                    + QByteArray::number(json.size()) + "\r\nConnection: close\r\n\r\n" + json;
+        const auto row = [](const char *name, const char *target, const QByteArray &headers,
+                            const QByteArray &json, const QByteArray &answer) {
+            QTest::newRow(name) << target + QByteArray(" HTTP/1.1\r\n") + headers
+                            + "Content-Length: " + QByteArray::number(json.size())
+                            + "\r\nConnection: close\r\n\r\n" + json
+                                << answer;
         };
         const QByteArray local = "Host: 127.0.0.1:PORT\r\n",
                          fault = R"({"path":"/echo","status":500})", forbidden = "HTTP/1.1 403",
-                         invalid = "HTTP/1.1 400";
-        QTest::newRow("rebound name")
-                << request("GET /_sim/requests", "Host: rebound.example:PORT\r\n") << forbidden;
-        QTest::newRow("no Host") << request("GET /_sim/requests", "") << forbidden;
-        QTest::newRow("page elsewhere")
-                << request("POST /_sim/faults",
-                           local + "Origin: https://site.example\r\nContent-Type: text/plain\r\n",
-                           fault)
-                << forbidden;
-        QTest::newRow("Origin null")
-                << request("POST /_sim/faults", local + "Origin: null\r\n", fault) << forbidden;
-        QTest::newRow("page on another port") << request(
-                "DELETE /_sim/faults", "Host: localhost:PORT\r\nOrigin: http://localhost:1\r\n")
-                                              << forbidden;
-        QTest::newRow("loopback names") << request(
-                "DELETE /_sim/faults", "Host: LocalHost:PORT\r\nOrigin: http://[::1]:PORT\r\n")
-                                        << QByteArray("HTTP/1.1 204");
-        QTest::newRow("Host without port") << request("DELETE /_sim/requests", "Host: [::1]\r\n")
-                                           << QByteArray("HTTP/1.1 204");
-        QTest::newRow("CR LF in a header value")
-                << request("POST /_sim/faults", local,
-                           R"({"path":"/echo","headers":{"X-A":"1\r\nSet-Cookie: a=b"}})")
-                << invalid;
-        QTest::newRow("CR LF in a header name")
-                << request("POST /_sim/faults", local,
-                           R"({"path":"/echo","headers":{"Set-Cookie: a=b\r\nX-A":"1"}})")
-                << invalid;
-        QTest::newRow("CR LF in the type")
-                << request("POST /_sim/faults", local,
-                           R"({"path":"/echo","content_type":"text/plain\r\nSet-Cookie: a=b"})")
-                << invalid;
-        QTest::newRow("credentials masked") // init()'s token request
-                << request("GET /_sim/requests", local)
-                << QByteArray(R"(["Authorization","Basic ***"])");
+                         invalid = "HTTP/1.1 400", done = "HTTP/1.1 204";
+        row("rebound name", "GET /_sim/requests", "Host: rebound.example:PORT\r\n", {}, forbidden);
+        row("no Host", "GET /_sim/requests", "", {}, forbidden);
+        row("page elsewhere", "POST /_sim/faults",
+            local + "Origin: https://site.example\r\nContent-Type: text/plain\r\n", fault,
+            forbidden);
+        row("Origin null", "POST /_sim/faults", local + "Origin: null\r\n", fault, forbidden);
+        row("page on another port", "DELETE /_sim/faults",
+            "Host: localhost:PORT\r\nOrigin: http://localhost:1\r\n", {}, forbidden);
+        row("loopback names", "DELETE /_sim/faults",
+            "Host: LocalHost:PORT\r\nOrigin: http://[::1]:PORT\r\n", {}, done);
+        row("Host without port", "DELETE /_sim/requests", "Host: [::1]\r\n", {}, done);
+        row("CR LF in a header value", "POST /_sim/faults", local,
+            R"({"path":"/echo","headers":{"X-A":"1\r\nSet-Cookie: a=b"}})", invalid);
+        row("CR LF in a header name", "POST /_sim/faults", local,
+            R"({"path":"/echo","headers":{"Set-Cookie: a=b\r\nX-A":"1"}})", invalid);
+        row("CR LF in the type", "POST /_sim/faults", local,
+            R"({"path":"/echo","content_type":"text/plain\r\nSet-Cookie: a=b"})", invalid);
+        // init()'s token request
+        row("credentials masked", "GET /_sim/requests", local, {},
+            R"(["Authorization","Basic ***"])");
     }
 
     void admin()
