@@ -1,5 +1,4 @@
 #include "localservice.h"
-#include "logcapture.h"
 #include "outcomes.h"
 
 #include "core/device.h"

@@ -1,5 +1,4 @@
 #include "localservice.h"
-#include "logcapture.h"
 #include "notify/preferencedocument.h"
 #include "outcomes.h"
 #include "standinoperatingsystem.h"
