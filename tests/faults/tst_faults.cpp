@@ -1,5 +1,4 @@
 #include "localservice.h"
-#include "logcapture.h"
 #include "outcomes.h"
 
 #include "client/httpclient.h"
@@ -46,6 +45,7 @@ public:
             });
         });
     }
+
     int requests = 0;
 
 private:
@@ -87,25 +87,420 @@ class TestFaults : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
-    void faultEndsInOneOutcome_data();
-    void faultEndsInOneOutcome();
-    void droppedConnectionFailsOnlyWhatItMust_data();
-    void droppedConnectionFailsOnlyWhatItMust();
-    void pathLeavingTheOriginSendsNothing_data();
-    void pathLeavingTheOriginSendsNothing();
-    void manyRequestsWithoutAToken();
-    void unsendableTokenIsNoToken_data();
-    void unsendableTokenIsNoToken();
+    void initTestCase()
+    {
+        m_local = std::make_unique<LocalService>();
+        m_elsewhere = std::make_unique<bvtsim::Service>();
+        QVERIFY(m_elsewhere->listen());
+        // Registers the device (unless an earlier run did), so that later managers send nothing.
+        m_store = BVTManager::initWithLaunchOptions({}, LocalService::clientId,
+                                                    LocalService::clientSecret);
+        QTRY_VERIFY(!m_store->currentDevice().isNull());
+        QVERIFY(fetchToken(m_store));
+        m_log = std::make_unique<LogCapture>();
+    }
+
+    void init()
+    {
+        m_local->reset();
+        m_elsewhere->clearRequests();
+        LogCapture::clear();
+        // Qt's warnings tell of misuse, such as reading a reply that was aborted.
+        QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
+    }
+
+    void cleanup()
+    {
+        m_local->routeLibraryHere();
+        m_nowhere.reset();
+        m_untrusted.reset();
+        m_hostile.reset();
+        bvt::HttpClient::setTimeoutMs(bvt::HttpClient::defaultTimeoutMs);
+    }
+
+    void faultEndsInOneOutcome_data()
+    {
+        QTest::addColumn<QByteArray>("target"); // "token" or the verb of the request
+        QTest::addColumn<bvtsim::Fault>("fault");
+        // "service"; "refused" or "untrusted" for no answer; or a kind of HostileServer
+        QTest::addColumn<QByteArray>("reach");
+        QTest::addColumn<Expect>("expect");
+
+        // Each rule once for the token request and once for a request, the verbs taking turns.
+        const auto rows = [&](const char *name, const QByteArray &verb, const bvtsim::Fault &fault,
+                              Expect onRequest, const QByteArray &reach = "service") {
+            QTest::addRow("token %s", name)
+                    << QByteArray("token") << fault << reach << Expect::NoToken;
+            QTest::addRow("%s %s", verb.constData(), name) << verb << fault << reach << onRequest;
+        };
+        rows("connection refused", "GET", {}, Expect::NullText, "refused");
+        rows("untrusted certificate", "POST", {}, Expect::NullText, "untrusted");
+        // The half sent before the reset is JSON on its own, so only the reset tells it is cut.
+        rows("reset mid-body", "PATCH", {0, 200, "[1,2,3,4][1,2,3,4]", {}, false, true},
+             Expect::BodyText);
+        rows("503 html", "GET", {0, 503, "<html>Service Unavailable</html>", "text/html"},
+             Expect::BodyText);
+        rows("200 not json", "PATCH", {0, 200, "this is not JSON", {}}, Expect::BodyText);
+        rows("wrong content type", "GET", {0, 0, {}, "text/plain"}, Expect::BodyText);
+        rows("slower than the time-out", "POST", {1500, 0, {}, {}}, Expect::NullText);
+        bvtsim::Fault stalled{0, 200, R"({"cut":"here"}{"never":"sent"})", {}, false, true};
+        stalled.stallAfterHalf = true; // the time-out ends it after half the body arrived
+        rows("stalls mid-body", "GET", stalled, Expect::BodyText);
+        // Each verb: Qt would send a request again by itself when the connection closes unanswered.
+        rows("dropped before the answer", "GET", {0, 0, {}, {}, true}, Expect::NullText);
+        bvtsim::Fault droppedOnce{0, 0, {}, {}, true};
+        droppedOnce.times = 1;
+        QTest::addRow("GET dropped once")
+                << QByteArray("GET") << droppedOnce << QByteArray("service") << Expect::Success;
+        for (const QByteArray verb : {"POST", "PATCH"})
+            QTest::addRow("%s dropped before the answer", verb.constData())
+                    << verb << bvtsim::Fault{0, 0, {}, {}, true} << QByteArray("service")
+                    << Expect::NullText;
+        // A redirect is an answer like any other: never followed, to another host or the same one.
+        const QByteArray elsewhere = m_elsewhere->baseUrl().toEncoded() + "/echo";
+        const auto redirect = [](int status, const QByteArray &location) {
+            bvtsim::Fault fault{0, status, "moved", "text/html"};
+            fault.headers = {{"Location", location}};
+            return fault;
+        };
+        rows("redirect 302 elsewhere", "GET", redirect(302, elsewhere), Expect::BodyText);
+        rows("redirect 307 elsewhere", "POST", redirect(307, elsewhere), Expect::BodyText);
+        rows("redirect 303 elsewhere", "PATCH", redirect(303, elsewhere), Expect::BodyText);
+        rows("redirect 302 same origin", "PATCH", redirect(302, "/echo"), Expect::BodyText);
+
+        // Answers that never end, or end too late, or whose framing cannot be trusted: each fails
+        // as soon as it is seen for what it is, and no length the answer names is trusted.
+        rows("chunks without end", "GET", {}, Expect::NullText, "chunks");
+        rows("huge length announced", "POST", {}, Expect::NullText, "huge length");
+        rows("one byte at a time", "PATCH", {}, Expect::BodyText, "trickle");
+        const auto framed = [](const QByteArray &name, const QByteArray &value) {
+            bvtsim::Fault fault{0, 200, "{}", {}};
+            fault.headers = {{name, value}};
+            return fault;
+        };
+        rows("two lengths", "GET", framed("Content-Length", "5"), Expect::NullText);
+        rows("length and chunks", "PATCH", framed("Transfer-Encoding", "chunked"),
+             Expect::NullText);
+
+        // About 10 MB of JSON: an array of 1 KB objects.
+        const QByteArray element = "{\"name\":\"" + QByteArray(1000, 'x') + "\"},";
+        QByteArray array = "[" + element.repeated(10000);
+        array.back() = ']';
+        QTest::addRow("GET 10 MB") << QByteArray("GET") << bvtsim::Fault{0, 200, array, {}}
+                                   << QByteArray("service") << Expect::Success;
+    }
+
+    void faultEndsInOneOutcome()
+    {
+        QFETCH(QByteArray, target);
+        QFETCH(bvtsim::Fault, fault);
+        QFETCH(QByteArray, reach);
+        QFETCH(Expect, expect);
+
+        m_store->setBVTUserId("user-before");
+        m_store->setBVTDeviceToken("token-before");
+        const QString device = m_store->currentDevice();
+        const bool onToken = target == "token";
+        const QByteArray verb = onToken ? QByteArray("POST") : target;
+        auto manager = newManager();
+        if (!onToken) // the request alone meets the fault
+            QVERIFY(fetchToken(manager));
+        m_local->service().setFault(verb, onToken ? "/oauth/token" : "/echo", fault);
+        QNetworkAccessManager *network = routeTo(reach);
+        QVERIFY(network);
+        if (fault.delayMs > 0 || fault.stallAfterHalf || reach == "trickle")
+            bvt::HttpClient::setTimeoutMs(300); // well under the delay: the answer comes too late
+        LogCapture::clear();
+        m_local->service().clearRequests();
+
+        // Every exchange finishes at the network access manager, answered or not; the outcome is
+        // due by then.
+        QSignalSpy finished(network, &QNetworkAccessManager::finished);
+        Outcomes outcomes;
+        call(manager, verb, "/echo", {}, outcomes);
+        while (finished.size() < 1 && finished.wait(30000)) { }
+        QCOMPARE(finished.size(), 1);
+        const QStringList noToken = m_log->linesStartingWith("Failed to get access token: ");
+        QCOMPARE(outcomes.count() + noToken.size(), 1);
+        QCOMPARE(outcomes.answers.size(), expect == Expect::Success ? 1 : 0);
+        QCOMPARE(outcomes.texts.size(), expect == Expect::NullText || expect == Expect::BodyText);
+        if (!outcomes.texts.isEmpty()) {
+            QCOMPARE(outcomes.texts.first().isNull(), expect == Expect::NullText);
+            const qsizetype sent = fault.truncateBody ? fault.body.size() / 2 : fault.body.size();
+            if (expect == Expect::BodyText && !fault.body.isNull()
+                && reach == "service") // all, or the half that came
+                QCOMPARE(outcomes.texts.first(), QString::fromUtf8(fault.body.left(sent)));
+        }
+        if (!outcomes.answers.isEmpty() && !fault.body.isNull()) // the huge array
+            QCOMPARE(outcomes.answers.first().toList().size(), 10000);
+        if (verb != "GET") {
+            const QString name = verb == "POST" ? "Post " : "Patch ";
+            QCOMPARE(m_log->linesStartingWith(name + "Success: ").size(), outcomes.answers.size());
+            QCOMPARE(m_log->linesStartingWith(name + "Fail: ").size(), outcomes.texts.size());
+        }
+        // What reached the service: each call at most once, and without a token no request at all.
+        const int tokenRequests = int(m_local->requestsFor("/oauth/token").size());
+        const int requests = int(m_local->service().requests().size()) - tokenRequests;
+        // Qt sends a GET once more when its connection closes unanswered, and only a GET.
+        const bool resent = verb == "GET" && !onToken && fault.dropConnection;
+        const int reached = reach == "service" ? (resent ? 2 : 1) : 0;
+        QCOMPARE(tokenRequests, onToken ? reached : 0);
+        QCOMPARE(requests, onToken ? 0 : reached);
+        if (m_untrusted)
+            QCOMPARE(m_untrusted->requests().size(), 0);
+        if (m_hostile)
+            QCOMPARE(m_hostile->requests, 1);
+        QCOMPARE(m_elsewhere->requests().size(), 0);
+        QCOMPARE(m_store->currentDevice(), device);
+        QCOMPARE(m_store->currentUser(), "user-before");
+        QCOMPARE(m_store->currentDeviceToken(), "token-before");
+    }
+
+    void droppedConnectionFailsOnlyWhatItMust_data()
+    {
+        QTest::addColumn<QByteArray>("verb");
+        for (const QByteArray verb : {"GET", "POST", "PATCH"})
+            QTest::newRow(verb.constData()) << verb;
+    }
+
+    // Twenty calls at once, one connection closed unanswered: a GET is sent again and succeeds, a
+    // POST or PATCH fails alone and reaches the service at most once, and every other call
+    // succeeds.
+    void droppedConnectionFailsOnlyWhatItMust()
+    {
+        QFETCH(QByteArray, verb);
+        constexpr int count = 20;
+        auto manager = newManager();
+        QVERIFY(fetchToken(manager));
+        bvtsim::Fault dropped{0, 0, {}, {}, true};
+        dropped.times = 1;
+        m_local->service().setFault(verb, "/echo", dropped);
+        m_local->service().clearRequests();
+        std::vector<Outcomes> outcomes(count);
+        for (int i = 0; i < count; ++i)
+            call(manager, verb, "/echo", {{"i", QString::number(i)}}, outcomes[size_t(i)]);
+        QCOMPARE(m_local->settledExchanges(), count + 1); // the token's exchange and the calls'
+        const auto failed = std::count_if(outcomes.cbegin(), outcomes.cend(),
+                                          [](const Outcomes &o) { return !o.texts.isEmpty(); });
+        const auto answered =
+                std::count_if(outcomes.cbegin(), outcomes.cend(),
+                              [](const Outcomes &o) { return o.answers.size() == 1; });
+        QCOMPARE(failed, verb == "GET" ? 0 : 1);
+        QCOMPARE(answered, count - failed);
+        QMap<QByteArray, int> arrivals; // by the call's index
+        for (const bvtsim::RecordedRequest &request : m_local->requestsFor("/echo"))
+            ++arrivals[verb == "GET" ? request.query : request.body];
+        QCOMPARE(arrivals.size(), count);
+        QCOMPARE(m_local->requestsFor("/echo").size(), count + 1 - failed);
+    }
+
+    void pathLeavingTheOriginSendsNothing_data()
+    {
+        QTest::addColumn<QByteArray>("verb");
+        QTest::addColumn<QString>("path"); // PORT: the port of the other origin
+        QTest::addColumn<bool>("leaves");
+        QTest::newRow("user info, GET") << QByteArray("GET") << "@127.0.0.1:PORT/echo" << true;
+        QTest::newRow("user info, POST") << QByteArray("POST") << "@127.0.0.1:PORT/echo" << true;
+        QTest::newRow("other port, PATCH") << QByteArray("PATCH") << ":PORT/echo" << true;
+        QTest::newRow("longer host name, GET") << QByteArray("GET") << ".invalid/echo" << true;
+        QTest::newRow("its own port spelt out, GET") << QByteArray("GET") << ":443/echo" << false;
+    }
+
+    // The path is joined to the origin as text, so it could name another host, which would receive
+    // the bearer token. Such a request fails without a byte sent, token request included.
+    void pathLeavingTheOriginSendsNothing()
+    {
+        QFETCH(QByteArray, verb);
+        QFETCH(QString, path);
+        QFETCH(bool, leaves);
+        path.replace("PORT", QString::number(m_elsewhere->port()));
+        const int connections = m_elsewhere->connectionCount();
+        auto manager = newManager();
+        Outcomes outcomes;
+        call(manager, verb, path, {}, outcomes);
+        QVERIFY(outcomes.texts.isEmpty()); // later, as any outcome
+        QTRY_COMPARE(outcomes.count(), 1);
+        QVERIFY(m_local->nothingUnderWay());
+        QCOMPARE(m_elsewhere->connectionCount(), connections);
+        QCOMPARE(m_local->service().requests().size(), leaves ? 0 : 2); // a token request and it
+        QCOMPARE(outcomes.answers.size(), leaves ? 0 : 1);
+        QVERIFY(outcomes.texts.value(0).isNull());
+        const QString line =
+                "Not sent: the URL leaves the service's origin: " + bvt::serviceOrigin();
+        QCOMPARE(m_log->linesStartingWith("Not sent"),
+                 leaves ? QStringList{line + path} : QStringList());
+    }
+
+    void manyRequestsWithoutAToken()
+    {
+        constexpr int count = 300;
+        auto manager = newManager();
+        QMultiHash<int, QVariant> answers; // by request index, to catch crossed callbacks
+        int failures = 0;
+        for (int i = 0; i < count; ++i)
+            manager->getUrl(
+                    "/echo", {{"i", QString::number(i)}},
+                    [&answers, i](const QVariant &answer) { answers.insert(i, answer); },
+                    [&failures](const QString &) { ++failures; });
+        // A token request and a request for each call.
+        QTRY_VERIFY_WITH_TIMEOUT(m_local->nothingUnderWay(), 60000);
+        QCOMPARE(m_local->finishedExchanges(), 2 * count);
+        QCOMPARE(failures, 0);
+        for (int i = 0; i < count; ++i) {
+            QCOMPARE(answers.count(i), 1);
+            QCOMPARE(answers.value(i).toMap().value("query").toMap().value("i").toString(),
+                     QString::number(i));
+        }
+        QCOMPARE(m_local->requestsFor("/oauth/token").size(), count);
+        QSet<int> connections; // kept alive and shared: Qt opens at most six to a host
+        for (const bvtsim::RecordedRequest &request : m_local->service().requests())
+            connections.insert(request.connection);
+        QVERIFY2(connections.size() <= 6, qPrintable(QString::number(connections.size())));
+    }
+
+    void unsendableTokenIsNoToken_data()
+    {
+        QTest::addColumn<QByteArray>("token");
+        QTest::addColumn<bool>("fromService"); // else the host sets it
+        for (const bool fromService : {true, false}) {
+            const char *from = fromService ? "served" : "set by the host";
+            QTest::addRow("CRLF, %s", from)
+                    << QByteArray(R"(tok\r\n\r\nGET /smuggled HTTP/1.1\r\nHost: x)") << fromService;
+            QTest::addRow("bare LF, %s", from)
+                    << QByteArray(R"(tok\nX-Injected: yes)") << fromService;
+            QTest::addRow("NUL, %s", from) << QByteArray(R"(tok\u0000more)") << fromService;
+        }
+    }
+
+    void unsendableTokenIsNoToken()
+    {
+        QFETCH(QByteArray, token); // JSON string text, escapes included
+        QFETCH(bool, fromService);
+
+        auto manager = newManager();
+        const QString text =
+                QJsonDocument::fromJson("[\"" + token + "\"]").array().first().toString();
+        const QJsonObject answer{{"access_token", text},
+                                 {"expires_in", 7200},
+                                 {"created_at", QDateTime::currentSecsSinceEpoch()}};
+        if (fromService) {
+            m_local->service().setFault("POST", "/oauth/token",
+                                        {0, 200, QJsonDocument(answer).toJson(), {}});
+        } else {
+            manager->setAccess_token(text);
+            manager->setAccess_token_expires(QDateTime::currentDateTimeUtc().addSecs(3600));
+        }
+        m_local->service().clearRequests();
+        LogCapture::clear();
+
+        Outcomes outcomes;
+        call(manager, "PATCH", "/echo", {}, outcomes);
+        QCOMPARE(m_local->settledExchanges(), fromService ? 1 : 0);
+        QCOMPARE(m_log->linesStartingWith("Failed to get access token: ").size(), 1);
+        QCOMPARE(outcomes.count(), 0);
+        QCOMPARE(m_local->service().requests().size(), fromService ? 1 : 0);
+        if (fromService) // not kept: the next call asks again
+            QVERIFY(manager->access_token().isNull());
+    }
+
     // Late: requests queued in the deleted manager may still reach the service afterwards.
-    void deletedManagerStillEndsEveryCall_data();
-    void deletedManagerStillEndsEveryCall();
-    void storeWriteSurvivesSigkill();
+    void deletedManagerStillEndsEveryCall_data()
+    {
+        QTest::addColumn<QString>("path"); // the route that holds its answer back
+        QTest::newRow("during the token fetch") << QStringLiteral("/oauth/token");
+        QTest::newRow("during the request") << QStringLiteral("/echo");
+    }
+
+    void deletedManagerStillEndsEveryCall()
+    {
+        QFETCH(QString, path);
+        constexpr int count = 200;
+        const bool duringToken = path == "/oauth/token";
+        auto manager = newManager();
+        if (!duringToken)
+            QVERIFY(fetchToken(manager));
+        auto *hostManager = new bvt::ServiceRouter(m_local->service().baseUrl());
+        bvt::setNetworkAccessManager(hostManager);
+        m_local->service().setFault("*", path, {60000, 0, {}, {}});
+        m_local->service().clearRequests();
+        LogCapture::clear();
+
+        int answers = 0;
+        QStringList texts;
+        for (int i = 0; i < count; ++i)
+            manager->postUrl(
+                    "/echo", {}, [&answers](const QVariant &) { ++answers; },
+                    [&texts](const QString &text) { texts.append(text); });
+        // The first requests are held at the service, the others queued in the manager.
+        QTRY_VERIFY_WITH_TIMEOUT(!m_local->requestsFor(path).isEmpty(), 30000);
+        delete hostManager;
+
+        const auto noToken = [this] {
+            return int(m_log->linesStartingWith("Failed to get access token: ").size());
+        };
+        // The outcomes are queued, not delivered from inside the host's delete.
+        QTRY_COMPARE_WITH_TIMEOUT(texts.size() + noToken(), count, 2000);
+        QCOMPARE(answers, 0);
+        QCOMPARE(noToken(), duringToken ? count : 0);
+        QCOMPARE(texts.size(), duringToken ? 0 : count);
+        QVERIFY(std::all_of(texts.cbegin(), texts.cend(),
+                            [](const QString &t) { return t.isNull(); }));
+    }
+
+    void storeWriteSurvivesSigkill()
+    {
+        m_store->setBVTDeviceToken("written-by-the-parent");
+        const QString value = "child-" + QUuid::createUuid().toString(QUuid::WithoutBraces);
+        QProcess child;
+        child.start(QCoreApplication::applicationFilePath(), {"--write-and-wait", value});
+        QVERIFY(child.waitForStarted());
+        QByteArray out;
+        while (!out.contains('\n') && child.waitForReadyRead(30000))
+            out += child.readAllStandardOutput();
+        QCOMPARE(out, QByteArray("written\n"));
+        QCOMPARE(::kill(pid_t(child.processId()), SIGKILL), 0);
+        QVERIFY(child.waitForFinished(30000));
+        QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+
+        QSettings().sync(); // rereads the file the child replaced
+        QCOMPARE(QSettings().value("com.brevanti.ios.BVTDeviceToken").toString(), value);
+        QCOMPARE(m_store->getBVTDeviceToken(), value);
+    }
 
 private:
-    QNetworkAccessManager *routeTo(const QByteArray &reach);
+    // The library's network access for a row: the local service, a closed port, or an HTTPS service
+    // whose certificate no one trusts.
+    QNetworkAccessManager *routeTo(const QByteArray &reach)
+    {
+        if (reach == "refused") {
+            QTcpServer probe;
+            if (!probe.listen(QHostAddress::LocalHost))
+                return nullptr;
+            const QUrl closed(QStringLiteral("http://127.0.0.1:%1").arg(probe.serverPort()));
+            probe.close();
+            m_nowhere = std::make_unique<bvt::ServiceRouter>(closed);
+        } else if (reach == "untrusted") {
+            QFile pem(QStringLiteral(TEST_SOURCE_DIR "/untrusted.pem"));
+            if (!pem.open(QIODevice::ReadOnly))
+                return nullptr;
+            const QByteArray both = pem.readAll();
+            m_untrusted = std::make_unique<bvtsim::Service>();
+            m_untrusted->addClient(LocalService::clientId, LocalService::clientSecret);
+            if (!m_untrusted->listenTls(QSslCertificate(both), QSslKey(both, QSsl::Ec)))
+                return nullptr;
+            m_nowhere = std::make_unique<bvt::ServiceRouter>(m_untrusted->baseUrl());
+        } else if (reach != "service") {
+            m_hostile = std::make_unique<HostileServer>(reach);
+            if (!m_hostile->listen(QHostAddress::LocalHost))
+                return nullptr;
+            m_nowhere = std::make_unique<bvt::ServiceRouter>(
+                    QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_hostile->serverPort())));
+        } else {
+            return m_local->network();
+        }
+        bvt::setNetworkAccessManager(m_nowhere.get());
+        return m_nowhere.get();
+    }
 
     std::unique_ptr<LocalService> m_local;
     std::unique_ptr<LogCapture> m_log;
@@ -115,411 +510,6 @@ private:
     std::unique_ptr<HostileServer> m_hostile;
     std::shared_ptr<BVTManager> m_store; // reads and writes the identifiers
 };
-
-void TestFaults::initTestCase()
-{
-    m_local = std::make_unique<LocalService>();
-    m_elsewhere = std::make_unique<bvtsim::Service>();
-    QVERIFY(m_elsewhere->listen());
-    // Registers the device (unless an earlier run did), so that later managers send nothing.
-    m_store = BVTManager::initWithLaunchOptions({}, LocalService::clientId,
-                                                LocalService::clientSecret);
-    QTRY_VERIFY(!m_store->currentDevice().isNull());
-    QVERIFY(fetchToken(m_store));
-    m_log = std::make_unique<LogCapture>();
-}
-
-void TestFaults::init()
-{
-    m_local->reset();
-    m_elsewhere->clearRequests();
-    LogCapture::clear();
-    // Qt's warnings tell of misuse, such as reading a reply that was aborted.
-    QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
-}
-
-void TestFaults::cleanup()
-{
-    m_local->routeLibraryHere();
-    m_nowhere.reset();
-    m_untrusted.reset();
-    m_hostile.reset();
-    bvt::HttpClient::setTimeoutMs(bvt::HttpClient::defaultTimeoutMs);
-}
-
-void TestFaults::faultEndsInOneOutcome_data()
-{
-    QTest::addColumn<QByteArray>("target"); // "token" or the verb of the request
-    QTest::addColumn<bvtsim::Fault>("fault");
-    // "service"; "refused" or "untrusted" for no answer; or a kind of HostileServer
-    QTest::addColumn<QByteArray>("reach");
-    QTest::addColumn<Expect>("expect");
-
-    // Each rule once for the token request and once for a request, the verbs taking turns.
-    const auto rows = [&](const char *name, const QByteArray &verb, const bvtsim::Fault &fault,
-                          Expect onRequest, const QByteArray &reach = "service") {
-        QTest::addRow("token %s", name) << QByteArray("token") << fault << reach << Expect::NoToken;
-        QTest::addRow("%s %s", verb.constData(), name) << verb << fault << reach << onRequest;
-    };
-    rows("connection refused", "GET", {}, Expect::NullText, "refused");
-    rows("untrusted certificate", "POST", {}, Expect::NullText, "untrusted");
-    // The half sent before the reset is JSON on its own, so only the reset tells it is cut.
-    rows("reset mid-body", "PATCH", {0, 200, "[1,2,3,4][1,2,3,4]", {}, false, true},
-         Expect::BodyText);
-    rows("503 html", "GET", {0, 503, "<html>Service Unavailable</html>", "text/html"},
-         Expect::BodyText);
-    rows("200 not json", "PATCH", {0, 200, "this is not JSON", {}}, Expect::BodyText);
-    rows("wrong content type", "GET", {0, 0, {}, "text/plain"}, Expect::BodyText);
-    rows("slower than the time-out", "POST", {1500, 0, {}, {}}, Expect::NullText);
-    bvtsim::Fault stalled{0, 200, R"({"cut":"here"}{"never":"sent"})", {}, false, true};
-    stalled.stallAfterHalf = true; // the time-out ends it after half the body arrived
-    rows("stalls mid-body", "GET", stalled, Expect::BodyText);
-    // Each verb: Qt would send a request again by itself when the connection closes unanswered.
-    rows("dropped before the answer", "GET", {0, 0, {}, {}, true}, Expect::NullText);
-    bvtsim::Fault droppedOnce{0, 0, {}, {}, true};
-    droppedOnce.times = 1;
-    QTest::addRow("GET dropped once")
-            << QByteArray("GET") << droppedOnce << QByteArray("service") << Expect::Success;
-    for (const QByteArray verb : {"POST", "PATCH"})
-        QTest::addRow("%s dropped before the answer", verb.constData())
-                << verb << bvtsim::Fault{0, 0, {}, {}, true} << QByteArray("service")
-                << Expect::NullText;
-    // A redirect is an answer like any other: never followed, to another host or the same one.
-    const QByteArray elsewhere = m_elsewhere->baseUrl().toEncoded() + "/echo";
-    const auto redirect = [](int status, const QByteArray &location) {
-        bvtsim::Fault fault{0, status, "moved", "text/html"};
-        fault.headers = {{"Location", location}};
-        return fault;
-    };
-    rows("redirect 302 elsewhere", "GET", redirect(302, elsewhere), Expect::BodyText);
-    rows("redirect 307 elsewhere", "POST", redirect(307, elsewhere), Expect::BodyText);
-    rows("redirect 303 elsewhere", "PATCH", redirect(303, elsewhere), Expect::BodyText);
-    rows("redirect 302 same origin", "PATCH", redirect(302, "/echo"), Expect::BodyText);
-
-    // Answers that never end, or end too late, or whose framing cannot be trusted: each fails as
-    // soon as it is seen for what it is, and no length the answer names is trusted.
-    rows("chunks without end", "GET", {}, Expect::NullText, "chunks");
-    rows("huge length announced", "POST", {}, Expect::NullText, "huge length");
-    rows("one byte at a time", "PATCH", {}, Expect::BodyText, "trickle");
-    const auto framed = [](const QByteArray &name, const QByteArray &value) {
-        bvtsim::Fault fault{0, 200, "{}", {}};
-        fault.headers = {{name, value}};
-        return fault;
-    };
-    rows("two lengths", "GET", framed("Content-Length", "5"), Expect::NullText);
-    rows("length and chunks", "PATCH", framed("Transfer-Encoding", "chunked"), Expect::NullText);
-
-    // About 10 MB of JSON: an array of 1 KB objects.
-    const QByteArray element = R"({"name":")" + QByteArray(1000, 'x') + R"("},)";
-    QByteArray array = "[" + element.repeated(10000);
-    array.back() = ']';
-    QTest::addRow("GET 10 MB") << QByteArray("GET") << bvtsim::Fault{0, 200, array, {}}
-                               << QByteArray("service") << Expect::Success;
-}
-
-void TestFaults::faultEndsInOneOutcome()
-{
-    QFETCH(QByteArray, target);
-    QFETCH(bvtsim::Fault, fault);
-    QFETCH(QByteArray, reach);
-    QFETCH(Expect, expect);
-
-    m_store->setBVTUserId("user-before");
-    m_store->setBVTDeviceToken("token-before");
-    const QString device = m_store->currentDevice();
-    const bool onToken = target == "token";
-    const QByteArray verb = onToken ? QByteArray("POST") : target;
-    auto manager = newManager();
-    if (!onToken) // the request alone meets the fault
-        QVERIFY(fetchToken(manager));
-    m_local->service().setFault(verb, onToken ? "/oauth/token" : "/echo", fault);
-    QNetworkAccessManager *network = routeTo(reach);
-    QVERIFY(network);
-    if (fault.delayMs > 0 || fault.stallAfterHalf || reach == "trickle")
-        bvt::HttpClient::setTimeoutMs(300); // well under the delay: the answer comes too late
-    LogCapture::clear();
-    m_local->service().clearRequests();
-
-    // Every exchange finishes at the network access manager, answered or not; the outcome is
-    // due by then.
-    QSignalSpy finished(network, &QNetworkAccessManager::finished);
-    Outcomes outcomes;
-    call(manager, verb, "/echo", {}, outcomes);
-    while (finished.size() < 1 && finished.wait(30000)) { }
-    QCOMPARE(finished.size(), 1);
-    const QStringList noToken = m_log->linesStartingWith("Failed to get access token: ");
-    QCOMPARE(outcomes.count() + noToken.size(), 1);
-    QCOMPARE(outcomes.answers.size(), expect == Expect::Success ? 1 : 0);
-    QCOMPARE(outcomes.texts.size(), expect == Expect::NullText || expect == Expect::BodyText);
-    if (!outcomes.texts.isEmpty()) {
-        QCOMPARE(outcomes.texts.first().isNull(), expect == Expect::NullText);
-        const qsizetype sent = fault.truncateBody ? fault.body.size() / 2 : fault.body.size();
-        if (expect == Expect::BodyText && !fault.body.isNull()
-            && reach == "service") // all, or the half that came
-            QCOMPARE(outcomes.texts.first(), QString::fromUtf8(fault.body.left(sent)));
-    }
-    if (!outcomes.answers.isEmpty() && !fault.body.isNull()) // the huge array
-        QCOMPARE(outcomes.answers.first().toList().size(), 10000);
-    if (verb != "GET") {
-        const QString name = verb == "POST" ? "Post " : "Patch ";
-        QCOMPARE(m_log->linesStartingWith(name + "Success: ").size(), outcomes.answers.size());
-        QCOMPARE(m_log->linesStartingWith(name + "Fail: ").size(), outcomes.texts.size());
-    }
-    // What reached the service: each call at most once, and without a token no request at all.
-    const int tokenRequests = int(m_local->requestsFor("/oauth/token").size());
-    const int requests = int(m_local->service().requests().size()) - tokenRequests;
-    // Qt sends a GET once more when its connection closes unanswered, and only a GET.
-    const bool resent = verb == "GET" && !onToken && fault.dropConnection;
-    const int reached = reach == "service" ? (resent ? 2 : 1) : 0;
-    QCOMPARE(tokenRequests, onToken ? reached : 0);
-    QCOMPARE(requests, onToken ? 0 : reached);
-    if (m_untrusted)
-        QCOMPARE(m_untrusted->requests().size(), 0);
-    if (m_hostile)
-        QCOMPARE(m_hostile->requests, 1);
-    QCOMPARE(m_elsewhere->requests().size(), 0);
-    QCOMPARE(m_store->currentDevice(), device);
-    QCOMPARE(m_store->currentUser(), "user-before");
-    QCOMPARE(m_store->currentDeviceToken(), "token-before");
-}
-
-// The library's network access for a row: the local service, a closed port, or an HTTPS service
-// whose certificate no one trusts.
-QNetworkAccessManager *TestFaults::routeTo(const QByteArray &reach)
-{
-    if (reach == "refused") {
-        QTcpServer probe;
-        if (!probe.listen(QHostAddress::LocalHost))
-            return nullptr;
-        const QUrl closed(QStringLiteral("http://127.0.0.1:%1").arg(probe.serverPort()));
-        probe.close();
-        m_nowhere = std::make_unique<bvt::ServiceRouter>(closed);
-    } else if (reach == "untrusted") {
-        QFile pem(QStringLiteral(TEST_SOURCE_DIR "/untrusted.pem"));
-        if (!pem.open(QIODevice::ReadOnly))
-            return nullptr;
-        const QByteArray both = pem.readAll();
-        m_untrusted = std::make_unique<bvtsim::Service>();
-        m_untrusted->addClient(LocalService::clientId, LocalService::clientSecret);
-        if (!m_untrusted->listenTls(QSslCertificate(both), QSslKey(both, QSsl::Ec)))
-            return nullptr;
-        m_nowhere = std::make_unique<bvt::ServiceRouter>(m_untrusted->baseUrl());
-    } else if (reach != "service") {
-        m_hostile = std::make_unique<HostileServer>(reach);
-        if (!m_hostile->listen(QHostAddress::LocalHost))
-            return nullptr;
-        m_nowhere = std::make_unique<bvt::ServiceRouter>(
-                QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_hostile->serverPort())));
-    } else {
-        return m_local->network();
-    }
-    bvt::setNetworkAccessManager(m_nowhere.get());
-    return m_nowhere.get();
-}
-
-void TestFaults::droppedConnectionFailsOnlyWhatItMust_data()
-{
-    QTest::addColumn<QByteArray>("verb");
-    for (const QByteArray verb : {"GET", "POST", "PATCH"})
-        QTest::newRow(verb.constData()) << verb;
-}
-
-// Twenty calls at once, one connection closed unanswered: a GET is sent again and succeeds, a POST
-// or PATCH fails alone and reaches the service at most once, and every other call succeeds.
-void TestFaults::droppedConnectionFailsOnlyWhatItMust()
-{
-    QFETCH(QByteArray, verb);
-    constexpr int count = 20;
-    auto manager = newManager();
-    QVERIFY(fetchToken(manager));
-    bvtsim::Fault dropped{0, 0, {}, {}, true};
-    dropped.times = 1;
-    m_local->service().setFault(verb, "/echo", dropped);
-    m_local->service().clearRequests();
-    std::vector<Outcomes> outcomes(count);
-    for (int i = 0; i < count; ++i)
-        call(manager, verb, "/echo", {{"i", QString::number(i)}}, outcomes[size_t(i)]);
-    QCOMPARE(m_local->settledExchanges(), count + 1); // the token's exchange and the calls'
-    const auto failed = std::count_if(outcomes.cbegin(), outcomes.cend(),
-                                      [](const Outcomes &o) { return !o.texts.isEmpty(); });
-    const auto answered = std::count_if(outcomes.cbegin(), outcomes.cend(),
-                                        [](const Outcomes &o) { return o.answers.size() == 1; });
-    QCOMPARE(failed, verb == "GET" ? 0 : 1);
-    QCOMPARE(answered, count - failed);
-    QMap<QByteArray, int> arrivals; // by the call's index
-    for (const bvtsim::RecordedRequest &request : m_local->requestsFor("/echo"))
-        ++arrivals[verb == "GET" ? request.query : request.body];
-    QCOMPARE(arrivals.size(), count);
-    QCOMPARE(m_local->requestsFor("/echo").size(), count + 1 - failed);
-}
-
-void TestFaults::pathLeavingTheOriginSendsNothing_data()
-{
-    QTest::addColumn<QByteArray>("verb");
-    QTest::addColumn<QString>("path"); // PORT: the port of the other origin
-    QTest::addColumn<bool>("leaves");
-    QTest::newRow("user info, GET") << QByteArray("GET") << "@127.0.0.1:PORT/echo" << true;
-    QTest::newRow("user info, POST") << QByteArray("POST") << "@127.0.0.1:PORT/echo" << true;
-    QTest::newRow("other port, PATCH") << QByteArray("PATCH") << ":PORT/echo" << true;
-    QTest::newRow("longer host name, GET") << QByteArray("GET") << ".invalid/echo" << true;
-    QTest::newRow("its own port spelt out, GET") << QByteArray("GET") << ":443/echo" << false;
-}
-
-// The path is joined to the origin as text, so it could name another host, which would receive
-// the bearer token. Such a request fails without a byte sent, token request included.
-void TestFaults::pathLeavingTheOriginSendsNothing()
-{
-    QFETCH(QByteArray, verb);
-    QFETCH(QString, path);
-    QFETCH(bool, leaves);
-    path.replace("PORT", QString::number(m_elsewhere->port()));
-    const int connections = m_elsewhere->connectionCount();
-    auto manager = newManager();
-    Outcomes outcomes;
-    call(manager, verb, path, {}, outcomes);
-    QVERIFY(outcomes.texts.isEmpty()); // later, as any outcome
-    QTRY_COMPARE(outcomes.count(), 1);
-    QVERIFY(m_local->nothingUnderWay());
-    QCOMPARE(m_elsewhere->connectionCount(), connections);
-    QCOMPARE(m_local->service().requests().size(), leaves ? 0 : 2); // a token request and it
-    QCOMPARE(outcomes.answers.size(), leaves ? 0 : 1);
-    QVERIFY(outcomes.texts.value(0).isNull());
-    const QString line = "Not sent: the URL leaves the service's origin: " + bvt::serviceOrigin();
-    QCOMPARE(m_log->linesStartingWith("Not sent"),
-             leaves ? QStringList{line + path} : QStringList());
-}
-
-void TestFaults::manyRequestsWithoutAToken()
-{
-    constexpr int count = 300;
-    auto manager = newManager();
-    QMultiHash<int, QVariant> answers; // by request index, to catch crossed callbacks
-    int failures = 0;
-    for (int i = 0; i < count; ++i)
-        manager->getUrl(
-                "/echo", {{"i", QString::number(i)}},
-                [&answers, i](const QVariant &answer) { answers.insert(i, answer); },
-                [&failures](const QString &) { ++failures; });
-    // A token request and a request for each call.
-    QTRY_VERIFY_WITH_TIMEOUT(m_local->nothingUnderWay(), 60000);
-    QCOMPARE(m_local->finishedExchanges(), 2 * count);
-    QCOMPARE(failures, 0);
-    for (int i = 0; i < count; ++i) {
-        QCOMPARE(answers.count(i), 1);
-        QCOMPARE(answers.value(i).toMap().value("query").toMap().value("i").toString(),
-                 QString::number(i));
-    }
-    QCOMPARE(m_local->requestsFor("/oauth/token").size(), count);
-    QSet<int> connections; // kept alive and shared: Qt opens at most six to a host
-    for (const bvtsim::RecordedRequest &request : m_local->service().requests())
-        connections.insert(request.connection);
-    QVERIFY2(connections.size() <= 6, qPrintable(QString::number(connections.size())));
-}
-
-void TestFaults::deletedManagerStillEndsEveryCall_data()
-{
-    QTest::addColumn<QString>("path"); // the route that holds its answer back
-    QTest::newRow("during the token fetch") << QStringLiteral("/oauth/token");
-    QTest::newRow("during the request") << QStringLiteral("/echo");
-}
-
-void TestFaults::deletedManagerStillEndsEveryCall()
-{
-    QFETCH(QString, path);
-    constexpr int count = 200;
-    const bool duringToken = path == "/oauth/token";
-    auto manager = newManager();
-    if (!duringToken)
-        QVERIFY(fetchToken(manager));
-    auto *hostManager = new bvt::ServiceRouter(m_local->service().baseUrl());
-    bvt::setNetworkAccessManager(hostManager);
-    m_local->service().setFault("*", path, {60000, 0, {}, {}});
-    m_local->service().clearRequests();
-    LogCapture::clear();
-
-    int answers = 0;
-    QStringList texts;
-    for (int i = 0; i < count; ++i)
-        manager->postUrl(
-                "/echo", {}, [&answers](const QVariant &) { ++answers; },
-                [&texts](const QString &text) { texts.append(text); });
-    // The first requests are held at the service, the others queued in the manager.
-    QTRY_VERIFY_WITH_TIMEOUT(!m_local->requestsFor(path).isEmpty(), 30000);
-    delete hostManager;
-
-    const auto noToken = [this] {
-        return int(m_log->linesStartingWith("Failed to get access token: ").size());
-    };
-    // The outcomes are queued, not delivered from inside the host's delete.
-    QTRY_COMPARE_WITH_TIMEOUT(texts.size() + noToken(), count, 2000);
-    QCOMPARE(answers, 0);
-    QCOMPARE(noToken(), duringToken ? count : 0);
-    QCOMPARE(texts.size(), duringToken ? 0 : count);
-    QVERIFY(std::all_of(texts.cbegin(), texts.cend(), [](const QString &t) { return t.isNull(); }));
-}
-
-void TestFaults::unsendableTokenIsNoToken_data()
-{
-    QTest::addColumn<QByteArray>("token");
-    QTest::addColumn<bool>("fromService"); // else the host sets it
-    for (const bool fromService : {true, false}) {
-        const char *from = fromService ? "served" : "set by the host";
-        QTest::addRow("CRLF, %s", from)
-                << QByteArray(R"(tok\r\n\r\nGET /smuggled HTTP/1.1\r\nHost: x)") << fromService;
-        QTest::addRow("bare LF, %s", from) << QByteArray(R"(tok\nX-Injected: yes)") << fromService;
-        QTest::addRow("NUL, %s", from) << QByteArray(R"(tok\u0000more)") << fromService;
-    }
-}
-
-void TestFaults::unsendableTokenIsNoToken()
-{
-    QFETCH(QByteArray, token); // JSON string text, escapes included
-    QFETCH(bool, fromService);
-
-    auto manager = newManager();
-    const QString text = QJsonDocument::fromJson("[\"" + token + "\"]").array().first().toString();
-    const QJsonObject answer{{"access_token", text},
-                             {"expires_in", 7200},
-                             {"created_at", QDateTime::currentSecsSinceEpoch()}};
-    if (fromService) {
-        m_local->service().setFault("POST", "/oauth/token",
-                                    {0, 200, QJsonDocument(answer).toJson(), {}});
-    } else {
-        manager->setAccess_token(text);
-        manager->setAccess_token_expires(QDateTime::currentDateTimeUtc().addSecs(3600));
-    }
-    m_local->service().clearRequests();
-    LogCapture::clear();
-
-    Outcomes outcomes;
-    call(manager, "PATCH", "/echo", {}, outcomes);
-    QCOMPARE(m_local->settledExchanges(), fromService ? 1 : 0);
-    QCOMPARE(m_log->linesStartingWith("Failed to get access token: ").size(), 1);
-    QCOMPARE(outcomes.count(), 0);
-    QCOMPARE(m_local->service().requests().size(), fromService ? 1 : 0);
-    if (fromService) // not kept: the next call asks again
-        QVERIFY(manager->access_token().isNull());
-}
-
-void TestFaults::storeWriteSurvivesSigkill()
-{
-    m_store->setBVTDeviceToken("written-by-the-parent");
-    const QString value = "child-" + QUuid::createUuid().toString(QUuid::WithoutBraces);
-    QProcess child;
-    child.start(QCoreApplication::applicationFilePath(), {"--write-and-wait", value});
-    QVERIFY(child.waitForStarted());
-    QByteArray out;
-    while (!out.contains('\n') && child.waitForReadyRead(30000))
-        out += child.readAllStandardOutput();
-    QCOMPARE(out, QByteArray("written\n"));
-    QCOMPARE(::kill(pid_t(child.processId()), SIGKILL), 0);
-    QVERIFY(child.waitForFinished(30000));
-    QCOMPARE(child.exitStatus(), QProcess::CrashExit);
-
-    QSettings().sync(); // rereads the file the child replaced
-    QCOMPARE(QSettings().value("com.brevanti.ios.BVTDeviceToken").toString(), value);
-    QCOMPARE(m_store->getBVTDeviceToken(), value);
-}
 
 int main(int argc, char **argv)
 {
@@ -536,6 +526,7 @@ int main(int argc, char **argv)
         std::fflush(stdout);
         return app.exec();
     }
+
     TestFaults test;
     return QTest::qExec(&test, argc, argv);
 }

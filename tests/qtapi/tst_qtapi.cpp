@@ -43,188 +43,169 @@ class TestQtApi : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void everyCallFinishesOnce_data();
-    void everyCallFinishesOnce();
-    void nothingIsSentWithoutADevice();
-    void abortEndsTheCallWithoutAResult();
-    void propertiesAnnounceEachRealChangeOnce();
+    void initTestCase()
+    {
+        m_local = std::make_unique<LocalService>();
+        m_client = Client::instance();
+        // Registered anew with this service, which knows no device of an earlier run.
+        bvt::UserDefaults::standardUserDefaults().removeObjectForKey(deviceKey);
+        bvt::UserDefaults::standardUserDefaults().synchronize();
+        QSignalSpy initialised(m_client, &Client::initialisedChanged);
+        QVERIFY(!m_client->isInitialised());
+        const auto ended = watch(
+                m_client->initialise(LocalService::clientId, LocalService::clientSecret), this);
+        QTRY_COMPARE(ended->times, 1);
+        QCOMPARE(ended->error, Reply::NoError);
+        QCOMPARE(initialised.size(), 1);
+        QVERIFY(m_client->isInitialised() && !m_client->deviceId().isNull());
+    }
+
+    void init()
+    {
+        QTRY_VERIFY(m_local->nothingUnderWay());
+        m_local->reset();
+    }
+
+    void everyCallFinishesOnce_data()
+    {
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<QString>("argument");    // a path, a user or a preference key
+        QTest::addColumn<bvtsim::Fault>("fault"); // on every route
+        QTest::addColumn<QString>("secret");
+        QTest::addColumn<int>("error"); // Reply::Error
+        QTest::addColumn<int>("status");
+        QTest::addColumn<int>("sent"); // requests that reached the service, token requests included
+
+        // The call is the first word of the row's name.
+        const auto row = [](const char *name, const QString &argument, const bvtsim::Fault &fault,
+                            Reply::Error error, int status, int sent,
+                            const QString &secret = LocalService::clientSecret) {
+            QTest::newRow(name) << QString(name).section(',', 0, 0) << argument << fault << secret
+                                << int(error) << status << sent;
+        };
+        bvtsim::Fault dropped;
+        dropped.dropConnection = true;
+        row("get, answered", "/echo", {}, Reply::NoError, 200, 2);
+        row("assign, answered", "u1", {}, Reply::NoError, 200, 2);
+        row("fetch, answered", "", {}, Reply::NoError, 200, 2);
+        row("switch, answered", "breaking", {}, Reply::NoError, 200, 2);
+        row("post, no token", "/echo", {}, Reply::NoAccessTokenError, 0, 1, "wrong");
+        row("unassign, no token", "", {}, Reply::NoAccessTokenError, 0, 1, "wrong");
+        row("patch, 404", "/echo", {0, 404, "gone", "text/plain"}, Reply::HttpStatusError, 404, 2);
+        row("enable, dropped", "", dropped, Reply::NetworkError, 0, 2);
+        row("get, not JSON", "/echo", {0, 200, "no", "text/plain"}, Reply::InvalidAnswerError, 200,
+            2);
+        row("assign, null user", QString(), {}, Reply::RefusedArgumentError, 0, 0);
+        row("switch, null key", QString(), {}, Reply::RefusedArgumentError, 0, 0);
+        row("get, another host", "@127.0.0.1:1/x", {}, Reply::RefusedArgumentError, 0, 0);
+    }
+
+    // Whatever happens, each call's reply finishes exactly once, later than the call returned, and
+    // then deletes itself; the error tells what happened, and the service saw what it should have.
+    void everyCallFinishesOnce()
+    {
+        QFETCH(QString, call);
+        QFETCH(QString, argument);
+        QFETCH(bvtsim::Fault, fault);
+        QFETCH(QString, secret);
+        QFETCH(int, status);
+        QFETCH(int, sent);
+
+        // A new manager each time, so that each call fetches its token.
+        BVT::initWithLaunchOptions({}, LocalService::clientId, secret);
+        const auto restore = qScopeGuard([] {
+            BVT::initWithLaunchOptions({}, LocalService::clientId, LocalService::clientSecret);
+        });
+        for (const QString path : {"/echo", "/devices/assign", "/devices/unassign",
+                                   "/devices/enable", "/preferences", "/preferences/enable"})
+            m_local->service().setFault("*", path, fault);
+
+        Reply *reply = call == "get" ? m_client->get(argument, {{"a", "1"}})
+                : call == "post"     ? m_client->post(argument)
+                : call == "patch"    ? m_client->patch(argument)
+                : call == "assign"   ? m_client->assignDeviceToUser(argument)
+                : call == "unassign" ? m_client->unassignDevice()
+                : call == "enable"   ? m_client->enableDevice(QByteArray("\x01\xab"))
+                : call == "fetch"    ? m_client->fetchPreferences()
+                                     : m_client->setPreferenceEnabled("news", argument, true);
+        const QPointer<Reply> alive(reply);
+        const auto ended = watch(reply, this);
+        QCOMPARE(ended->times, 0);
+        QTRY_VERIFY(alive.isNull());
+        QVERIFY(m_local->nothingUnderWay());
+        QCOMPARE(ended->times, 1);
+        QTEST(int(ended->error), "error");
+        QCOMPARE(ended->errorString.isEmpty(), ended->error == Reply::NoError);
+        QCOMPARE(ended->status, status);
+        QCOMPARE(ended->answer.isValid(), ended->error == Reply::NoError);
+        if (ended->error == Reply::HttpStatusError)
+            QCOMPARE(ended->text, QString::fromUtf8(fault.body));
+        if (call == "assign" && ended->error == Reply::NoError) // stored before it finished
+            QCOMPARE(ended->user, argument);
+        QCOMPARE(m_local->service().requests().size(), sent);
+    }
+
+    void nothingIsSentWithoutADevice()
+    {
+        bvt::UserDefaults &store = bvt::UserDefaults::standardUserDefaults();
+        const QString device = store.stringForKey(deviceKey);
+        store.removeObjectForKey(deviceKey);
+        const auto restore = qScopeGuard([&] { store.setObject(device, deviceKey); });
+        const std::vector<std::shared_ptr<Ended>> ended{
+                watch(m_client->assignDeviceToUser("u"), this),
+                watch(m_client->unassignDevice(), this), watch(m_client->enableDevice("AB"), this),
+                watch(m_client->fetchPreferences(), this),
+                watch(m_client->setPreferenceEnabled("news", "digest", false), this)};
+        for (const auto &call : ended) {
+            QTRY_COMPARE(call->times, 1);
+            QCOMPARE(call->error, Reply::NotRegisteredError);
+        }
+        QCOMPARE(m_local->service().requests().size(), 0);
+    }
+
+    void abortEndsTheCallWithoutAResult()
+    {
+        m_local->service().setFault("GET", "/echo", {200, 0, {}, {}});
+        Reply *reply = m_client->get("/echo");
+        const auto ended = watch(reply, this);
+        reply->abort();
+        reply->abort();
+        QTRY_COMPARE(ended->times, 1);
+        QCOMPARE(ended->error, Reply::AbortedError);
+        QVERIFY(!ended->answer.isValid());
+        QTRY_VERIFY(m_local->nothingUnderWay()); // the answer came, and was not reported
+        QCOMPARE(ended->times, 1);
+    }
+
+    // Each property announces a change once, whichever road made it, and a write of the same value
+    // not at all.
+    void propertiesAnnounceEachRealChangeOnce()
+    {
+        QSignalSpy user(m_client, &Client::userChanged);
+        QSignalSpy token(m_client, &Client::pushTokenChanged);
+        QSignalSpy device(m_client, &Client::deviceIdChanged);
+        m_client->assignDeviceToUser("first");
+        m_client->assignDeviceToUser("first");
+        QTRY_VERIFY(m_local->nothingUnderWay());
+        QTRY_COMPARE(user.size(), 1);
+        QCOMPARE(m_client->user(), "first");
+        BVT::unassignDevice();
+        QTRY_COMPARE(user.size(), 2);
+        QVERIFY(m_client->user().isNull());
+
+        const auto ended = watch(m_client->enableDevice(QByteArray("\x0f\xf0")), this);
+        QTRY_COMPARE(ended->times, 1);
+        QCOMPARE(m_client->pushToken(), "0FF0");
+        BVT::setCurrentDeviceToken("0FF0");
+        BVT::setCurrentDeviceToken("ABCD");
+        QCOMPARE(token.size(), 2);
+        QCOMPARE(device.size(), 0);
+    }
 
 private:
     std::unique_ptr<LocalService> m_local;
     Client *m_client = nullptr;
 };
-
-void TestQtApi::initTestCase()
-{
-    m_local = std::make_unique<LocalService>();
-    m_client = Client::instance();
-    // Registered anew with this service, which knows no device of an earlier run.
-    bvt::UserDefaults::standardUserDefaults().removeObjectForKey(deviceKey);
-    bvt::UserDefaults::standardUserDefaults().synchronize();
-    QSignalSpy initialised(m_client, &Client::initialisedChanged);
-    QVERIFY(!m_client->isInitialised());
-    const auto ended =
-            watch(m_client->initialise(LocalService::clientId, LocalService::clientSecret), this);
-    QTRY_COMPARE(ended->times, 1);
-    QCOMPARE(ended->error, Reply::NoError);
-    QCOMPARE(initialised.size(), 1);
-    QVERIFY(m_client->isInitialised() && !m_client->deviceId().isNull());
-}
-
-void TestQtApi::init()
-{
-    QTRY_VERIFY(m_local->nothingUnderWay());
-    m_local->reset();
-}
-
-void TestQtApi::everyCallFinishesOnce_data()
-{
-    QTest::addColumn<QString>("call");
-    QTest::addColumn<QString>("argument");    // a path, a user or a preference key
-    QTest::addColumn<bvtsim::Fault>("fault"); // on every route
-    QTest::addColumn<QString>("secret");
-    QTest::addColumn<int>("error"); // Reply::Error
-    QTest::addColumn<int>("status");
-    QTest::addColumn<int>("sent"); // requests that reached the service, token requests included
-
-    const QString secret = LocalService::clientSecret;
-    const bvtsim::Fault none;
-    bvtsim::Fault dropped;
-    dropped.dropConnection = true;
-    QTest::newRow("get, answered") << "get"
-                                   << "/echo" << none << secret << 0 << 200 << 2;
-    QTest::newRow("assign, answered") << "assign"
-                                      << "u1" << none << secret << 0 << 200 << 2;
-    QTest::newRow("fetch, answered") << "fetch"
-                                     << "" << none << secret << 0 << 200 << 2;
-    QTest::newRow("switch, answered") << "switch"
-                                      << "breaking" << none << secret << 0 << 200 << 2;
-    QTest::newRow("post, no token")
-            << "post"
-            << "/echo" << none << "wrong" << int(Reply::NoAccessTokenError) << 0 << 1;
-    QTest::newRow("unassign, no token")
-            << "unassign"
-            << "" << none << "wrong" << int(Reply::NoAccessTokenError) << 0 << 1;
-    QTest::newRow("patch, 404") << "patch"
-                                << "/echo" << bvtsim::Fault{0, 404, "gone", "text/plain"} << secret
-                                << int(Reply::HttpStatusError) << 404 << 2;
-    QTest::newRow("enable, dropped")
-            << "enable"
-            << "" << dropped << secret << int(Reply::NetworkError) << 0 << 2;
-    QTest::newRow("get, not JSON") << "get"
-                                   << "/echo" << bvtsim::Fault{0, 200, "no", "text/plain"} << secret
-                                   << int(Reply::InvalidAnswerError) << 200 << 2;
-    QTest::newRow("assign, null user") << "assign" << QString() << none << secret
-                                       << int(Reply::RefusedArgumentError) << 0 << 0;
-    QTest::newRow("switch, null key") << "switch" << QString() << none << secret
-                                      << int(Reply::RefusedArgumentError) << 0 << 0;
-    QTest::newRow("get, another host")
-            << "get"
-            << "@127.0.0.1:1/x" << none << secret << int(Reply::RefusedArgumentError) << 0 << 0;
-}
-
-// Whatever happens, each call's reply finishes exactly once, later than the call returned, and
-// then deletes itself; the error tells what happened, and the service saw what it should have.
-void TestQtApi::everyCallFinishesOnce()
-{
-    QFETCH(QString, call);
-    QFETCH(QString, argument);
-    QFETCH(bvtsim::Fault, fault);
-    QFETCH(QString, secret);
-    QFETCH(int, status);
-    QFETCH(int, sent);
-
-    // A new manager each time, so that each call fetches its token.
-    BVT::initWithLaunchOptions({}, LocalService::clientId, secret);
-    const auto restore = qScopeGuard([] {
-        BVT::initWithLaunchOptions({}, LocalService::clientId, LocalService::clientSecret);
-    });
-    for (const QString path : {"/echo", "/devices/assign", "/devices/unassign", "/devices/enable",
-                               "/preferences", "/preferences/enable"})
-        m_local->service().setFault("*", path, fault);
-
-    Reply *reply = call == "get" ? m_client->get(argument, {{"a", "1"}})
-            : call == "post"     ? m_client->post(argument)
-            : call == "patch"    ? m_client->patch(argument)
-            : call == "assign"   ? m_client->assignDeviceToUser(argument)
-            : call == "unassign" ? m_client->unassignDevice()
-            : call == "enable"   ? m_client->enableDevice(QByteArray("\x01\xab"))
-            : call == "fetch"    ? m_client->fetchPreferences()
-                                 : m_client->setPreferenceEnabled("news", argument, true);
-    const QPointer<Reply> alive(reply);
-    const auto ended = watch(reply, this);
-    QCOMPARE(ended->times, 0);
-    QTRY_VERIFY(alive.isNull());
-    QVERIFY(m_local->nothingUnderWay());
-    QCOMPARE(ended->times, 1);
-    QTEST(int(ended->error), "error");
-    QCOMPARE(ended->errorString.isEmpty(), ended->error == Reply::NoError);
-    QCOMPARE(ended->status, status);
-    QCOMPARE(ended->answer.isValid(), ended->error == Reply::NoError);
-    if (ended->error == Reply::HttpStatusError)
-        QCOMPARE(ended->text, QString::fromUtf8(fault.body));
-    if (call == "assign" && ended->error == Reply::NoError) // stored before it finished
-        QCOMPARE(ended->user, argument);
-    QCOMPARE(m_local->service().requests().size(), sent);
-}
-
-void TestQtApi::nothingIsSentWithoutADevice()
-{
-    bvt::UserDefaults &store = bvt::UserDefaults::standardUserDefaults();
-    const QString device = store.stringForKey(deviceKey);
-    store.removeObjectForKey(deviceKey);
-    const auto restore = qScopeGuard([&] { store.setObject(device, deviceKey); });
-    const std::vector<std::shared_ptr<Ended>> ended{
-            watch(m_client->assignDeviceToUser("u"), this), watch(m_client->unassignDevice(), this),
-            watch(m_client->enableDevice("AB"), this), watch(m_client->fetchPreferences(), this),
-            watch(m_client->setPreferenceEnabled("news", "digest", false), this)};
-    for (const auto &call : ended) {
-        QTRY_COMPARE(call->times, 1);
-        QCOMPARE(call->error, Reply::NotRegisteredError);
-    }
-    QCOMPARE(m_local->service().requests().size(), 0);
-}
-
-void TestQtApi::abortEndsTheCallWithoutAResult()
-{
-    m_local->service().setFault("GET", "/echo", {200, 0, {}, {}});
-    Reply *reply = m_client->get("/echo");
-    const auto ended = watch(reply, this);
-    reply->abort();
-    reply->abort();
-    QTRY_COMPARE(ended->times, 1);
-    QCOMPARE(ended->error, Reply::AbortedError);
-    QVERIFY(!ended->answer.isValid());
-    QTRY_VERIFY(m_local->nothingUnderWay()); // the answer came, and was not reported
-    QCOMPARE(ended->times, 1);
-}
-
-// Each property announces a change once, whichever road made it, and a write of the same value
-// not at all.
-void TestQtApi::propertiesAnnounceEachRealChangeOnce()
-{
-    QSignalSpy user(m_client, &Client::userChanged);
-    QSignalSpy token(m_client, &Client::pushTokenChanged);
-    QSignalSpy device(m_client, &Client::deviceIdChanged);
-    m_client->assignDeviceToUser("first");
-    m_client->assignDeviceToUser("first");
-    QTRY_VERIFY(m_local->nothingUnderWay());
-    QTRY_COMPARE(user.size(), 1);
-    QCOMPARE(m_client->user(), "first");
-    BVT::unassignDevice();
-    QTRY_COMPARE(user.size(), 2);
-    QVERIFY(m_client->user().isNull());
-
-    const auto ended = watch(m_client->enableDevice(QByteArray("\x0f\xf0")), this);
-    QTRY_COMPARE(ended->times, 1);
-    QCOMPARE(m_client->pushToken(), "0FF0");
-    BVT::setCurrentDeviceToken("0FF0");
-    BVT::setCurrentDeviceToken("ABCD");
-    QCOMPARE(token.size(), 2);
-    QCOMPARE(device.size(), 0);
-}
 
 QTEST_GUILESS_MAIN(TestQtApi)
 

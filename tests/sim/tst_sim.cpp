@@ -61,246 +61,228 @@ class tst_Sim : public QObject
     }
 
 private Q_SLOTS:
-    void init();
-    void stateFile_data();
-    void stateFile();
-    void stateFileOnFullDisk();
-    void connectionEnds_data();
-    void connectionEnds();
-    void admin_data();
-    void admin();
-    void recordBound();
+    void init()
+    {
+        service = std::make_unique<Service>();
+        QVERIFY(service->listen());
+        service->addClient("app", "s3cret");
+        nam = std::make_unique<QNetworkAccessManager>();
+        const QByteArray issued =
+                post("/oauth/token", "grant_type=client_credentials&scope=brevanti-sdk",
+                     "Basic " + QByteArray("app:s3cret").toBase64())
+                        .second;
+        bearer = "Bearer " + parse(issued)["access_token"].toString().toLatin1();
+    }
+
+    // A state file is the service's own or a new one; anything else is left alone, and the
+    // executable refuses to start on it with the same message: status 1, or 2 for a node that is
+    // not a regular file.
+    void stateFile_data()
+    {
+        QTest::addColumn<QString>("name");       // in a fresh directory
+        QTest::addColumn<QByteArray>("content"); // null: no such file
+        QTest::addColumn<int>("node");           // non-zero: a node of this type instead of a file
+        QTest::addColumn<int>("exitCode");       // of the executable on it; 0: it starts
+        const QByteArray own = R"({"devices":{},"tokens":{"ab":1}})";
+        QTest::newRow("new file") << "state.json" << QByteArray() << 0 << 0;
+        QTest::newRow("empty file") << "state.json" << QByteArray("") << 0 << 0;
+        QTest::newRow("its own") << "state.json" << own << 0 << 0;
+        QTest::newRow("catalogue") << "state.json" << QByteArray(R"([{"key":"news"}])") << 0 << 1;
+        QTest::newRow("not JSON") << "state.json" << QByteArray("tokens=1") << 0 << 1;
+        QTest::newRow("missing directory") << "gone/state.json" << QByteArray() << 0 << 1;
+        QTest::newRow("character device") << "null" << QByteArray() << int(S_IFCHR) << 2;
+        QTest::newRow("FIFO") << "fifo" << QByteArray() << int(S_IFIFO) << 2;
+    }
+
+    void stateFile()
+    {
+        QFETCH(QString, name);
+        QFETCH(QByteArray, content);
+        QFETCH(int, node);
+        QFETCH(int, exitCode);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(name);
+        QFile file(path);
+        if (node
+            && ::mknod(QFile::encodeName(path).constData(), mode_t(node) | 0600, makedev(1, 3)))
+            QSKIP("Making a device node needs root.");
+        if (!content.isNull())
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        file.close();
+        const QByteArray before = held(path);
+        QByteArray refusal;
+        if (exitCode != 0) { // first, so that a start that waits on the node ends the test
+            QProcess sim;
+            sim.start(BREVANTI_SIM, {"--port", "0", "--client", "a:b", "--state", path});
+            QVERIFY(sim.waitForFinished()); // it refuses at once
+            QCOMPARE(sim.exitCode(), exitCode);
+            refusal = sim.readAllStandardError();
+            QCOMPARE(held(path), before);
+        }
+        QString message;
+        QCOMPARE(service->setStateFile(path, &message), exitCode == 0);
+        QVERIFY2(refusal.contains(message.toUtf8()), qPrintable(message));
+        QCOMPARE(post("/devices", goodDevice, bearer).first, 201); // a change to save
+        if (exitCode == 0) {
+            QCOMPARE(parse(held(path))["devices"].toObject().keys(), service->deviceIds());
+            // It holds live tokens, so only its owner may read it: mode 0600, in Qt's nibbles.
+            QCOMPARE(QString::number(int(QFile::permissions(path)), 16), "6600");
+        } else {
+            QVERIFY(!message.isEmpty());
+            QCOMPARE(held(path), before);
+        }
+    }
+
+    // A change that cannot be saved whole is answered 503 and undone, and the file keeps the last
+    // whole state.
+    void stateFileOnFullDisk()
+    {
+        QTemporaryDir dir;
+        const QByteArray mountPoint = QFile::encodeName(dir.path());
+        if (::mount("tmpfs", mountPoint.constData(), "tmpfs", 0, "size=64k") != 0)
+            QSKIP("Mounting a small tmpfs to fill needs root.");
+        const auto unmount = qScopeGuard([&] { ::umount2(mountPoint.constData(), MNT_DETACH); });
+        // Two pages, and four once rewritten indented; one page is left free.
+        QJsonArray users;
+        for (int i = 0; i < 1000; ++i)
+            users.append(QString::number(i));
+        const QByteArray own =
+                QJsonDocument(
+                        {{"tokens", QJsonObject()}, {"devices", QJsonObject()}, {"users", users}})
+                        .toJson(QJsonDocument::Compact);
+        QFile state(dir.filePath("state.json")), filler(dir.filePath("filler"));
+        QVERIFY(state.open(QIODevice::WriteOnly) && state.write(own) == own.size());
+        state.close();
+        QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        while (filler.write(QByteArray(4096, 'x')) == 4096) { }
+        QVERIFY(filler.resize(filler.size() - 4096));
+
+        QVERIFY(service->setStateFile(state.fileName()));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot write state file .* undone"));
+        QCOMPARE(post("/devices", goodDevice, bearer).first, 503);
+        QCOMPARE(service->deviceIds(), QStringList());
+        QCOMPARE(held(state.fileName()), own);
+    }
+
+    // A connection ends after the answer its client asked to be the last, after a request whose
+    // length cannot be trusted or that brings more than the limits, or once no byte has moved for
+    // the idle time-out.
+    void connectionEnds_data()
+    {
+        QTest::addColumn<int>("idleMs"); // 0: no time-out
+        // BEARER: init()'s token; TRICKLE: header lines follow one at a time, never the blank line
+        QTest::addColumn<QByteArray>("sent");
+        QTest::addColumn<QByteArray>("answer"); // the status line's start; empty: none
+        const auto row = [](const char *name, int idleMs, const QByteArray &sent, int status) {
+            QTest::newRow(name) << idleMs << sent
+                                << (status ? "HTTP/1.1 " + QByteArray::number(status)
+                                           : QByteArray());
+        };
+        const QByteArray get = "GET /echo HTTP/1.1\r\nHost: sim\r\nAuthorization: BEARER\r\n",
+                         post = QByteArray(get).replace("GET", "POST"),
+                         close = "Connection: close\r\n\r\n";
+        row("Connection: close", 0, get + close, 200);
+        row("length -1", 0, post + "Content-Length: -1\r\n\r\na=1", 400);
+        row("two lengths", 0, post + "Content-Length: 3\r\nContent-Length: 7\r\n\r\na=1&b=2", 400);
+        row("length and chunked", 0,
+            post + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", 400);
+        row("silent", 100, {}, 0);
+        row("body cut short", 100, post + "Content-Length: 9\r\n\r\na=1", 0);
+        // By a fault: the client is not the idle one.
+        row("answer held past it", 100, QByteArray(get).replace("/echo", "/slow") + close, 404);
+        row("header section over the limit", 0,
+            get + "X-Pad: " + QByteArray(4096, 'a') + "\r\n" + close, 431);
+        row("body over the limit", 0, post + "Content-Length: 65\r\n\r\n", 413);
+        row("chunked body over the limit", 0,
+            post + "Transfer-Encoding: chunked\r\n\r\n41\r\n" + QByteArray(65, 'a')
+                    + "\r\n0\r\n\r\n",
+            413);
+        row("header lines trickled", 0, get + "TRICKLE", 408);
+    }
+
+    void connectionEnds()
+    {
+        QFETCH(int, idleMs);
+        QFETCH(QByteArray, sent);
+        service->setIdleTimeout(std::chrono::milliseconds(idleMs));
+        service->setHeaderLimit(4096);
+        service->setBodyLimit(64);
+        service->setHeaderTimeout(std::chrono::milliseconds(300));
+        service->setFault("GET", "/slow", Fault{300, 0, {}, {}});
+        QTcpSocket socket;
+        QTimer trickle;
+        connect(&trickle, &QTimer::timeout, &socket, [&socket] { socket.write("X-Slow: 1\r\n"); });
+        connect(&socket, &QAbstractSocket::disconnected, &trickle, &QTimer::stop);
+        if (sent.endsWith("TRICKLE"))
+            trickle.start(20);
+        send(socket, sent.replace("TRICKLE", ""));
+        QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
+        QTEST(socket.readAll().left(12), "answer");
+    }
+
+    // The admin routes answer the machine itself: no name rebound to loopback, no web page of
+    // another origin. They take no fault that would break the head of an answer, and show no
+    // credentials.
+    void admin_data()
+    {
+        QTest::addColumn<QByteArray>("sent");   // PORT: the service's
+        QTest::addColumn<QByteArray>("answer"); // a part of it
+        const auto row = [](const char *name, const char *target, const QByteArray &headers,
+                            const QByteArray &json, const QByteArray &answer) {
+            QTest::newRow(name) << target + QByteArray(" HTTP/1.1\r\n") + headers
+                            + "Content-Length: " + QByteArray::number(json.size())
+                            + "\r\nConnection: close\r\n\r\n" + json
+                                << answer;
+        };
+        const QByteArray local = "Host: 127.0.0.1:PORT\r\n",
+                         fault = R"({"path":"/echo","status":500})", forbidden = "HTTP/1.1 403",
+                         invalid = "HTTP/1.1 400", done = "HTTP/1.1 204";
+        row("rebound name", "GET /_sim/requests", "Host: rebound.example:PORT\r\n", {}, forbidden);
+        row("no Host", "GET /_sim/requests", "", {}, forbidden);
+        row("page elsewhere", "POST /_sim/faults",
+            local + "Origin: https://site.example\r\nContent-Type: text/plain\r\n", fault,
+            forbidden);
+        row("Origin null", "POST /_sim/faults", local + "Origin: null\r\n", fault, forbidden);
+        row("page on another port", "DELETE /_sim/faults",
+            "Host: localhost:PORT\r\nOrigin: http://localhost:1\r\n", {}, forbidden);
+        row("loopback names", "DELETE /_sim/faults",
+            "Host: LocalHost:PORT\r\nOrigin: http://[::1]:PORT\r\n", {}, done);
+        row("Host without port", "DELETE /_sim/requests", "Host: [::1]\r\n", {}, done);
+        row("CR LF in a header value", "POST /_sim/faults", local,
+            R"({"path":"/echo","headers":{"X-A":"1\r\nSet-Cookie: a=b"}})", invalid);
+        row("CR LF in a header name", "POST /_sim/faults", local,
+            R"({"path":"/echo","headers":{"Set-Cookie: a=b\r\nX-A":"1"}})", invalid);
+        row("CR LF in the type", "POST /_sim/faults", local,
+            R"({"path":"/echo","content_type":"text/plain\r\nSet-Cookie: a=b"})", invalid);
+        // init()'s token request
+        row("credentials masked", "GET /_sim/requests", local, {},
+            R"(["Authorization","Basic ***"])");
+    }
+
+    void admin()
+    {
+        QFETCH(QByteArray, sent);
+        QFETCH(QByteArray, answer);
+        service->setAdminEnabled(true);
+        QTcpSocket socket;
+        send(socket, sent);
+        QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
+        const QByteArray received = socket.readAll();
+        QVERIFY2(received.contains(answer), received.constData());
+    }
+
+    // Once the record passes its bound on bytes it drops the oldest requests first.
+    void recordBound()
+    {
+        service->setRequestByteLimit(25000);
+        for (const char c : {'a', 'b', 'c'}) // about 10 kB each; init()'s token request went first
+            QCOMPARE(post("/echo", QByteArray(10000, c), bearer).first, 200);
+        QByteArray kept;
+        for (const RecordedRequest &request : service->requests())
+            kept += request.body.left(1);
+        QCOMPARE(kept, "bc");
+    }
 };
-
-void tst_Sim::init()
-{
-    service = std::make_unique<Service>();
-    QVERIFY(service->listen());
-    service->addClient("app", "s3cret");
-    nam = std::make_unique<QNetworkAccessManager>();
-    const QByteArray issued =
-            post("/oauth/token", "grant_type=client_credentials&scope=brevanti-sdk",
-                 "Basic " + QByteArray("app:s3cret").toBase64())
-                    .second;
-    bearer = "Bearer " + parse(issued)["access_token"].toString().toLatin1();
-}
-
-// A state file is the service's own or a new one; anything else is left alone, and the
-// executable refuses to start on it with the same message: status 1, or 2 for a node that is not a
-// regular file.
-void tst_Sim::stateFile_data()
-{
-    QTest::addColumn<QString>("name");       // in a fresh directory
-    QTest::addColumn<QByteArray>("content"); // null: no such file
-    QTest::addColumn<int>("node");           // non-zero: a node of this type instead of a file
-    QTest::addColumn<int>("exitCode");       // of the executable on it; 0: it starts
-    const QByteArray own = R"({"devices":{},"tokens":{"ab":1}})";
-    QTest::newRow("new file") << "state.json" << QByteArray() << 0 << 0;
-    QTest::newRow("empty file") << "state.json" << QByteArray("") << 0 << 0;
-    QTest::newRow("its own") << "state.json" << own << 0 << 0;
-    QTest::newRow("catalogue") << "state.json" << QByteArray(R"([{"key":"news"}])") << 0 << 1;
-    QTest::newRow("not JSON") << "state.json" << QByteArray("tokens=1") << 0 << 1;
-    QTest::newRow("missing directory") << "gone/state.json" << QByteArray() << 0 << 1;
-    QTest::newRow("character device") << "null" << QByteArray() << int(S_IFCHR) << 2;
-    QTest::newRow("FIFO") << "fifo" << QByteArray() << int(S_IFIFO) << 2;
-}
-
-void tst_Sim::stateFile()
-{
-    QFETCH(QString, name);
-    QFETCH(QByteArray, content);
-    QFETCH(int, node);
-    QFETCH(int, exitCode);
-    QTemporaryDir dir;
-    const QString path = dir.filePath(name);
-    QFile file(path);
-    if (node && ::mknod(QFile::encodeName(path).constData(), mode_t(node) | 0600, makedev(1, 3)))
-        QSKIP("Making a device node needs root.");
-    if (!content.isNull())
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-    file.close();
-    const QByteArray before = held(path);
-    QByteArray refusal;
-    if (exitCode != 0) { // first, so that a start that waits on the node ends the test
-        QProcess sim;
-        sim.start(BREVANTI_SIM, {"--port", "0", "--client", "a:b", "--state", path});
-        QVERIFY(sim.waitForFinished()); // it refuses at once
-        QCOMPARE(sim.exitCode(), exitCode);
-        refusal = sim.readAllStandardError();
-        QCOMPARE(held(path), before);
-    }
-    QString message;
-    QCOMPARE(service->setStateFile(path, &message), exitCode == 0);
-    QVERIFY2(refusal.contains(message.toUtf8()), qPrintable(message));
-    QCOMPARE(post("/devices", goodDevice, bearer).first, 201); // a change to save
-    if (exitCode == 0) {
-        QCOMPARE(parse(held(path))["devices"].toObject().keys(), service->deviceIds());
-        // It holds live tokens, so only its owner may read it: mode 0600, in Qt's nibbles.
-        QCOMPARE(QString::number(int(QFile::permissions(path)), 16), "6600");
-    } else {
-        QVERIFY(!message.isEmpty());
-        QCOMPARE(held(path), before);
-    }
-}
-
-// A change that cannot be saved whole is answered 503 and undone, and the file keeps the last
-// whole state.
-void tst_Sim::stateFileOnFullDisk()
-{
-    QTemporaryDir dir;
-    const QByteArray mountPoint = QFile::encodeName(dir.path());
-    if (::mount("tmpfs", mountPoint.constData(), "tmpfs", 0, "size=64k") != 0)
-        QSKIP("Mounting a small tmpfs to fill needs root.");
-    const auto unmount = qScopeGuard([&] { ::umount2(mountPoint.constData(), MNT_DETACH); });
-    // Two pages, and four once rewritten indented; one page is left free.
-    QJsonArray users;
-    for (int i = 0; i < 1000; ++i)
-        users.append(QString::number(i));
-    const QByteArray own =
-            QJsonDocument({{"tokens", QJsonObject()}, {"devices", QJsonObject()}, {"users", users}})
-                    .toJson(QJsonDocument::Compact);
-    QFile state(dir.filePath("state.json")), filler(dir.filePath("filler"));
-    QVERIFY(state.open(QIODevice::WriteOnly) && state.write(own) == own.size());
-    state.close();
-    QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
-    while (filler.write(QByteArray(4096, 'x')) == 4096) { }
-    QVERIFY(filler.resize(filler.size() - 4096));
-
-    QVERIFY(service->setStateFile(state.fileName()));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot write state file .* undone"));
-    QCOMPARE(post("/devices", goodDevice, bearer).first, 503);
-    QCOMPARE(service->deviceIds(), QStringList());
-    QCOMPARE(held(state.fileName()), own);
-}
-
-// A connection ends after the answer its client asked to be the last, after a request whose
-// length cannot be trusted or that brings more than the limits, or once no byte has moved for the
-// idle time-out.
-void tst_Sim::connectionEnds_data()
-{
-    QTest::addColumn<int>("idleMs"); // 0: no time-out
-    // BEARER: init()'s token; TRICKLE: header lines follow one at a time, never the blank line
-    QTest::addColumn<QByteArray>("sent");
-    QTest::addColumn<QByteArray>("answer"); // the status line's start; empty: none
-    const QByteArray get = "GET /echo HTTP/1.1\r\nHost: sim\r\nAuthorization: BEARER\r\n",
-                     post = QByteArray(get).replace("GET", "POST"), ok = "HTTP/1.1 200",
-                     bad = "HTTP/1.1 400", close = "Connection: close\r\n\r\n",
-                     chunked = post + "Transfer-Encoding: chunked\r\n\r\n";
-    QTest::newRow("Connection: close") << 0 << get + close << ok;
-    QTest::newRow("length -1") << 0 << post + "Content-Length: -1\r\n\r\na=1" << bad;
-    QTest::newRow("two lengths") << 0
-                                 << post + "Content-Length: 3\r\nContent-Length: 7\r\n\r\na=1&b=2"
-                                 << bad;
-    QTest::newRow("length and chunked")
-            << 0 << post + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n"
-            << bad;
-    QTest::newRow("silent") << 100 << QByteArray() << QByteArray();
-    QTest::newRow("body cut short") << 100 << post + "Content-Length: 9\r\n\r\na=1" << QByteArray();
-    QTest::newRow("answer held past it") // by a fault: the client is not the idle one
-            << 100 << QByteArray(get).replace("/echo", "/slow") + close
-            << QByteArray("HTTP/1.1 404");
-    QTest::newRow("header section over the limit")
-            << 0 << get + "X-Pad: " + QByteArray(4096, 'a') + "\r\n" + close
-            << QByteArray("HTTP/1.1 431");
-    QTest::newRow("body over the limit") << 0 << post + "Content-Length: 65\r\n\r\n"
-                                         << QByteArray("HTTP/1.1 413");
-    QTest::newRow("chunked body over the limit")
-            << 0 << chunked + "41\r\n" + QByteArray(65, 'a') + "\r\n0\r\n\r\n"
-            << QByteArray("HTTP/1.1 413");
-    QTest::newRow("header lines trickled") << 0 << get + "TRICKLE" << QByteArray("HTTP/1.1 408");
-}
-
-void tst_Sim::connectionEnds()
-{
-    QFETCH(int, idleMs);
-    QFETCH(QByteArray, sent);
-    service->setIdleTimeout(std::chrono::milliseconds(idleMs));
-    service->setHeaderLimit(4096);
-    service->setBodyLimit(64);
-    service->setHeaderTimeout(std::chrono::milliseconds(300));
-    service->setFault("GET", "/slow", Fault{300, 0, {}, {}});
-    QTcpSocket socket;
-    QTimer trickle;
-    connect(&trickle, &QTimer::timeout, &socket, [&socket] { socket.write("X-Slow: 1\r\n"); });
-    connect(&socket, &QAbstractSocket::disconnected, &trickle, &QTimer::stop);
-    if (sent.endsWith("TRICKLE"))
-        trickle.start(20);
-    send(socket, sent.replace("TRICKLE", ""));
-    QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
-    QTEST(socket.readAll().left(12), "answer");
-}
-
-// The admin routes answer the machine itself: no name rebound to loopback, no web page of another
-// origin. They take no fault that would break the head of an answer, and show no credentials.
-void tst_Sim::admin_data()
-{
-    QTest::addColumn<QByteArray>("sent");   // PORT: the service's
-    QTest::addColumn<QByteArray>("answer"); // a part of it
-    const auto request = [](const char *target, const QByteArray &headers,
-                            const QByteArray &json = {}) {
-        return target + QByteArray(" HTTP/1.1\r\n") + headers + "Content-Length: "
-                + QByteArray::number(json.size()) + "\r\nConnection: close\r\n\r\n" + json;
-    };
-    const QByteArray local = "Host: 127.0.0.1:PORT\r\n", fault = R"({"path":"/echo","status":500})",
-                     forbidden = "HTTP/1.1 403", invalid = "HTTP/1.1 400";
-    QTest::newRow("rebound name") << request("GET /_sim/requests", "Host: rebound.example:PORT\r\n")
-                                  << forbidden;
-    QTest::newRow("no Host") << request("GET /_sim/requests", "") << forbidden;
-    QTest::newRow("page elsewhere")
-            << request("POST /_sim/faults",
-                       local + "Origin: https://site.example\r\nContent-Type: text/plain\r\n",
-                       fault)
-            << forbidden;
-    QTest::newRow("Origin null") << request("POST /_sim/faults", local + "Origin: null\r\n", fault)
-                                 << forbidden;
-    QTest::newRow("page on another port") << request(
-            "DELETE /_sim/faults", "Host: localhost:PORT\r\nOrigin: http://localhost:1\r\n")
-                                          << forbidden;
-    QTest::newRow("loopback names") << request(
-            "DELETE /_sim/faults", "Host: LocalHost:PORT\r\nOrigin: http://[::1]:PORT\r\n")
-                                    << QByteArray("HTTP/1.1 204");
-    QTest::newRow("Host without port")
-            << request("DELETE /_sim/requests", "Host: [::1]\r\n") << QByteArray("HTTP/1.1 204");
-    QTest::newRow("CR LF in a header value")
-            << request("POST /_sim/faults", local,
-                       R"({"path":"/echo","headers":{"X-A":"1\r\nSet-Cookie: a=b"}})")
-            << invalid;
-    QTest::newRow("CR LF in a header name")
-            << request("POST /_sim/faults", local,
-                       R"({"path":"/echo","headers":{"Set-Cookie: a=b\r\nX-A":"1"}})")
-            << invalid;
-    QTest::newRow("CR LF in the type")
-            << request("POST /_sim/faults", local,
-                       R"({"path":"/echo","content_type":"text/plain\r\nSet-Cookie: a=b"})")
-            << invalid;
-    QTest::newRow("credentials masked") // init()'s token request
-            << request("GET /_sim/requests", local)
-            << QByteArray(R"(["Authorization","Basic ***"])");
-}
-
-void tst_Sim::admin()
-{
-    QFETCH(QByteArray, sent);
-    QFETCH(QByteArray, answer);
-    service->setAdminEnabled(true);
-    QTcpSocket socket;
-    send(socket, sent);
-    QTRY_COMPARE(socket.state(), QAbstractSocket::UnconnectedState);
-    const QByteArray received = socket.readAll();
-    QVERIFY2(received.contains(answer), received.constData());
-}
-
-// Once the record passes its bound on bytes it drops the oldest requests first.
-void tst_Sim::recordBound()
-{
-    service->setRequestByteLimit(25000);
-    for (const char c : {'a', 'b', 'c'}) // about 10 kB each; init()'s token request went first
-        QCOMPARE(post("/echo", QByteArray(10000, c), bearer).first, 200);
-    QByteArray kept;
-    for (const RecordedRequest &request : service->requests())
-        kept += request.body.left(1);
-    QCOMPARE(kept, "bc");
-}
 
 QTEST_GUILESS_MAIN(tst_Sim)
 #include "tst_sim.moc"

@@ -19,16 +19,6 @@ LocalService::LocalService()
     routeLibraryHere();
 }
 
-void LocalService::routeLibraryHere()
-{
-    bvt::setNetworkAccessManager(m_router.get());
-}
-
-LocalService::~LocalService()
-{
-    bvt::setNetworkAccessManager(nullptr);
-}
-
 QList<bvtsim::RecordedRequest> LocalService::requestsFor(const QString &path) const
 {
     QList<bvtsim::RecordedRequest> matching = m_service.requests();

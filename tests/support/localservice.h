@@ -1,6 +1,7 @@
 #pragma once
 
 #include "service.h"
+#include <Brevanti/Network.h>
 #include <Brevanti/ServiceRouter.h>
 
 #include <QString>
@@ -16,7 +17,7 @@ public:
     static inline const QString clientSecret = QStringLiteral("test-secret");
 
     LocalService();
-    ~LocalService();
+    ~LocalService() { bvt::setNetworkAccessManager(nullptr); }
     LocalService(const LocalService &) = delete;
     LocalService &operator=(const LocalService &) = delete;
 
@@ -27,7 +28,7 @@ public:
     QList<bvtsim::RecordedRequest> requestsFor(const QString &path) const;
 
     // Sends the library's requests to this service again, after a test routed them elsewhere.
-    void routeLibraryHere();
+    void routeLibraryHere() { bvt::setNetworkAccessManager(m_router.get()); }
 
     // Forget recorded requests, faults and the clock, for the next test function.
     void reset();

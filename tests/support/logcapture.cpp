@@ -2,15 +2,12 @@
 
 #include <cstring>
 
-namespace {
-QStringList capturedLines;
-QtMessageHandler previousHandler = nullptr;
-} // namespace
+static QtMessageHandler previousHandler = nullptr;
 
 LogCapture::LogCapture() : m_previous(qInstallMessageHandler(&LogCapture::handle))
 {
     previousHandler = m_previous;
-    capturedLines.clear();
+    s_lines.clear();
 }
 
 LogCapture::~LogCapture()
@@ -19,27 +16,17 @@ LogCapture::~LogCapture()
     previousHandler = nullptr;
 }
 
-QStringList LogCapture::lines() const
-{
-    return capturedLines;
-}
-
 QStringList LogCapture::linesStartingWith(const QString &prefix) const
 {
-    QStringList matching = capturedLines;
+    QStringList matching = s_lines;
     matching.removeIf([&prefix](const QString &line) { return !line.startsWith(prefix); });
     return matching;
-}
-
-void LogCapture::clear()
-{
-    capturedLines.clear();
 }
 
 void LogCapture::handle(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     if (type == QtInfoMsg && context.category && std::strcmp(context.category, "default") == 0) {
-        capturedLines.append(message);
+        s_lines.append(message);
         return;
     }
     if (previousHandler)

@@ -13,11 +13,13 @@ public:
     LogCapture(const LogCapture &) = delete;
     LogCapture &operator=(const LogCapture &) = delete;
 
-    QStringList lines() const;
+    QStringList lines() const { return s_lines; }
     QStringList linesStartingWith(const QString &prefix) const;
-    static void clear(); // also for helpers that make the library log what a test does not check
+    // Also for helpers that make the library log what a test does not check.
+    static void clear() { s_lines.clear(); }
 
 private:
+    static inline QStringList s_lines;
     static void handle(QtMsgType type, const QMessageLogContext &context, const QString &message);
     QtMessageHandler m_previous;
 };

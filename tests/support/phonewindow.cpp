@@ -22,16 +22,6 @@ PhoneWindow::~PhoneWindow()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-bvt::NavigationController *PhoneWindow::navigation() const
-{
-    return qobject_cast<bvt::NavigationController *>(root());
-}
-
-QRect PhoneWindow::frameOf(QWidget *view) const
-{
-    return QRect(view->mapTo(widget(), QPoint(0, 0)), view->size());
-}
-
 bool PhoneWindow::startLibraryWithNewDevice()
 {
     QCoreApplication::setOrganizationName(QStringLiteral("BrevantiTests"));

@@ -21,8 +21,16 @@ public:
 
     QWidget *widget() const { return m_window->widget(); }
     bvt::ViewController *root() const { return m_window->rootViewController(); }
-    bvt::NavigationController *navigation() const; // the root, when it is a navigation stack
-    QRect frameOf(QWidget *view) const;            // where a view lies in the window
+    // The root, when it is a navigation stack.
+    bvt::NavigationController *navigation() const
+    {
+        return qobject_cast<bvt::NavigationController *>(root());
+    }
+    // Where a view lies in the window.
+    QRect frameOf(QWidget *view) const
+    {
+        return {view->mapTo(widget(), QPoint(0, 0)), view->size()};
+    }
 
     // The library started against the local service that a LocalService routes it to, with this
     // device registered as on a first launch; false when no identifier came back.
