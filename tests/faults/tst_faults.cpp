@@ -36,8 +36,7 @@ public:
         connect(this, &QTcpServer::newConnection, this, [this] {
             QTcpSocket *socket = nextPendingConnection();
             connect(socket, &QIODevice::readyRead, socket, [this, socket] {
-                const bool headSeen = socket->property("head").toBool();
-                if (!headSeen && socket->readAll().contains("\r\n\r\n")) {
+                if (!socket->property("head").toBool() && socket->readAll().contains("\r\n\r\n")) {
                     socket->setProperty("head", true);
                     ++requests;
                     answer(socket);
@@ -148,10 +147,6 @@ private Q_SLOTS:
         rows("stalls mid-body", "GET", stalled, Expect::BodyText);
         // Each verb: Qt would send a request again by itself when the connection closes unanswered.
         rows("dropped before the answer", "GET", {0, 0, {}, {}, true}, Expect::NullText);
-        bvtsim::Fault droppedOnce{0, 0, {}, {}, true};
-        droppedOnce.times = 1;
-        QTest::addRow("GET dropped once")
-                << QByteArray("GET") << droppedOnce << QByteArray("service") << Expect::Success;
         for (const QByteArray verb : {"POST", "PATCH"})
             QTest::addRow("%s dropped before the answer", verb.constData())
                     << verb << bvtsim::Fault{0, 0, {}, {}, true} << QByteArray("service")

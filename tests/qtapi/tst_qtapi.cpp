@@ -177,31 +177,6 @@ private Q_SLOTS:
         QCOMPARE(ended->times, 1);
     }
 
-    // Each property announces a change once, whichever road made it, and a write of the same value
-    // not at all.
-    void propertiesAnnounceEachRealChangeOnce()
-    {
-        QSignalSpy user(m_client, &Client::userChanged);
-        QSignalSpy token(m_client, &Client::pushTokenChanged);
-        QSignalSpy device(m_client, &Client::deviceIdChanged);
-        m_client->assignDeviceToUser("first");
-        m_client->assignDeviceToUser("first");
-        QTRY_VERIFY(m_local->nothingUnderWay());
-        QTRY_COMPARE(user.size(), 1);
-        QCOMPARE(m_client->user(), "first");
-        BVT::unassignDevice();
-        QTRY_COMPARE(user.size(), 2);
-        QVERIFY(m_client->user().isNull());
-
-        const auto ended = watch(m_client->enableDevice(QByteArray("\x0f\xf0")), this);
-        QTRY_COMPARE(ended->times, 1);
-        QCOMPARE(m_client->pushToken(), "0FF0");
-        BVT::setCurrentDeviceToken("0FF0");
-        BVT::setCurrentDeviceToken("ABCD");
-        QCOMPARE(token.size(), 2);
-        QCOMPARE(device.size(), 0);
-    }
-
 private:
     std::unique_ptr<LocalService> m_local;
     Client *m_client = nullptr;
