@@ -66,7 +66,6 @@ public:
     static void setCurrentDeviceToken(const QString &token);
 };
 
-
 // C linkage keeps these symbols unadorned; deviceName returns a QString all the same, which clang
 // would warn about.
 #if defined(__clang__)

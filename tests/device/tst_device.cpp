@@ -339,6 +339,7 @@ private Q_SLOTS:
         }
         m_manager->setBVTUserId("kept");
         QCOMPARE(m_manager->currentUser(), "kept");
+        // Two reads of a file that cannot be read: one log line.
         QVERIFY(m_manager->currentDevice().isNull() && m_manager->currentDevice().isNull());
         if (directoryInTheWay)
             QVERIFY(QDir().rmdir(file));
