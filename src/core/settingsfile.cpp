@@ -76,7 +76,7 @@ bool renameOver(const QString &from, const QString &to)
 #if defined(Q_OS_DARWIN) || defined(Q_OS_WIN)
 
 // The native store there is not a file of the library's own (user defaults, the registry).
-QString SettingsFile::write(const Changes &changes)
+QString SettingsFile::write(const QString &, const Changes &changes)
 {
     QSettings settings;
     apply(settings, changes);
@@ -84,17 +84,16 @@ QString SettingsFile::write(const Changes &changes)
     return settings.status() == QSettings::NoError ? QString() : QStringLiteral("access error");
 }
 
-bool SettingsFile::isUndecodable(const QString &, const QVariant &)
+bool SettingsFile::isUndecodable(const QString &, const QString &, const QVariant &)
 {
     return false;
 }
 
 #else
 
-QString SettingsFile::write(const Changes &changes)
+QString SettingsFile::write(const QString &fileName, const Changes &changes)
 {
     const QString accessError = QStringLiteral("access error");
-    const QString fileName = QSettings().fileName();
     const QFileInfo target(fileName);
     QDir().mkpath(target.absolutePath());
     // The lock QSettings takes on the same file, so that another process's write does not go
@@ -166,13 +165,13 @@ QString SettingsFile::write(const Changes &changes)
     return QString();
 }
 
-bool SettingsFile::isUndecodable(const QString &key, const QVariant &read)
+bool SettingsFile::isUndecodable(const QString &fileName, const QString &key, const QVariant &read)
 {
     // QSettings decodes its binary form "@Variant(...)" without telling whether the bytes were
     // whole, and never writes a string in that form.
     if (read.typeId() != QMetaType::QString)
         return false;
-    QFile file(QSettings().fileName());
+    QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
         return false;
     const QByteArray name = key.toUtf8();

@@ -16,14 +16,15 @@ class BREVANTI_CORE_INTERNAL_EXPORT SettingsFile
 public:
     using Changes = QHash<QString, QVariant>; // the value to store, or an invalid one to remove
 
-    // Applies the changes to the settings file. The new file is written beside it, read back and
-    // compared, and only then renamed over it (over a symbolic link, not through it), with mode
-    // 0600. Returns an empty string on success, otherwise why the file was left as it was.
-    static QString write(const Changes &changes);
+    // Applies the changes to the settings file, fileName (QSettings().fileName()). The new file is
+    // written beside it, read back and compared, and only then renamed over it (over a symbolic
+    // link, not through it), with mode 0600. Returns an empty string on success, otherwise why the
+    // file was left as it was.
+    static QString write(const QString &fileName, const Changes &changes);
 
-    // Whether the entry for key is one QSettings could not decode, and so reads as a string that
-    // was never stored: a value of the binary form cut short, say.
-    static bool isUndecodable(const QString &key, const QVariant &read);
+    // Whether the entry for key in the settings file is one QSettings could not decode, and so
+    // reads as a string that was never stored: a value of the binary form cut short, say.
+    static bool isUndecodable(const QString &fileName, const QString &key, const QVariant &read);
 };
 
 } // namespace bvt

@@ -111,7 +111,8 @@ QString UserDefaults::stringForKey(const QString &key) const
         log("Failed to read settings from %@: access error", settings.fileName());
     m_unreadableLogged = unreadable;
     const QVariant stored = settings.value(key);
-    return SettingsFile::isUndecodable(key, stored) ? QString() : textOf(stored);
+    return SettingsFile::isUndecodable(settings.fileName(), key, stored) ? QString()
+                                                                         : textOf(stored);
 }
 
 void UserDefaults::setObject(const QVariant &value, const QString &key)
@@ -126,9 +127,10 @@ void UserDefaults::removeObjectForKey(const QString &key)
 
 bool UserDefaults::synchronize()
 {
-    const QString problem = SettingsFile::write(m_pending);
+    const QString fileName = QSettings().fileName();
+    const QString problem = SettingsFile::write(fileName, m_pending);
     if (!problem.isEmpty()) {
-        log("Failed to save settings to %@: %@", QSettings().fileName(), problem);
+        log("Failed to save settings to %@: %@", fileName, problem);
         return false;
     }
     m_pending.clear();

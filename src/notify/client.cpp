@@ -4,7 +4,6 @@
 #include "client/replyprivate.h"
 #include "core/cardpresenter.h"
 #include "core/identifierevents.h"
-#include "core/log.h"
 #include "core/logging.h"
 #include "device/facade.h"
 
@@ -163,12 +162,7 @@ Reply *Client::setPreferenceEnabled(const QString &category, const QString &pref
 
 void Client::requestCustomPreferences()
 {
-    // The same rule as the described call: a stored token means push was accepted already.
-    if (!BVT::currentDeviceToken().isNull()) {
-        log("You have already accepted push notifications!");
-        Q_EMIT cardFinished(CardNotShown);
-        return;
-    }
+    // Each card applies the described rule itself: a stored token shows nothing, and says so.
     CardRequest request;
     request.defaults = true;
     if (presentCardWhereShown(request))
