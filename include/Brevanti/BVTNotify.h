@@ -6,13 +6,13 @@
 
 #include <Brevanti/BVTTypes.h>
 #include <Brevanti/brevanti_core_export.h>
-#include <Brevanti/brevanti_widgets_export.h>
 
 #include <QString>
 #include <QVariant>
 
-// Named only by the screens' functions, which the Widgets component defines (the members marked
-// BREVANTI_WIDGETS_EXPORT); a host of the service alone needs no Qt Gui.
+// Named only by the screens' functions, so that a host of the service alone needs no Qt Gui
+// headers. The screens they show come from the Widgets component (in a QApplication) or the Quick
+// one.
 class QColor;
 class QPixmap;
 
@@ -95,40 +95,42 @@ public:
     /// what they lack; a value given explicitly is used as it is, also when it is nil (an invalid
     /// QColor, a null QPixmap or a null QString), which shows as empty.
     ///@{
-    BREVANTI_WIDGETS_EXPORT static void requestCustomPreferences();
-    BREVANTI_WIDGETS_EXPORT static void requestCustomPreferencesWithColor(const QColor &color);
-    BREVANTI_WIDGETS_EXPORT static void requestCustomPreferencesWithColor(const QColor &color,
-                                                                          const QPixmap &icon);
-    BREVANTI_WIDGETS_EXPORT static void requestCustomPreferencesWithColor(const QColor &color,
-                                                                          const QPixmap &icon,
-                                                                          const QString &header);
-    BREVANTI_WIDGETS_EXPORT static void requestCustomPreferencesWithColor(const QColor &color,
-                                                                          const QPixmap &icon,
-                                                                          const QString &header,
-                                                                          const QString &subHeader);
+    BREVANTI_CORE_EXPORT static void requestCustomPreferences();
+    BREVANTI_CORE_EXPORT static void requestCustomPreferencesWithColor(const QColor &color);
+    BREVANTI_CORE_EXPORT static void requestCustomPreferencesWithColor(const QColor &color,
+                                                                       const QPixmap &icon);
+    BREVANTI_CORE_EXPORT static void requestCustomPreferencesWithColor(const QColor &color,
+                                                                       const QPixmap &icon,
+                                                                       const QString &header);
+    BREVANTI_CORE_EXPORT static void requestCustomPreferencesWithColor(const QColor &color,
+                                                                       const QPixmap &icon,
+                                                                       const QString &header,
+                                                                       const QString &subHeader);
     ///@}
 
     /// The card's colour unless the host gives one: (0.23, 0.36, 0.59, 1.0).
-    BREVANTI_WIDGETS_EXPORT static QColor defaultNotificationColor();
+    BREVANTI_CORE_EXPORT static QColor defaultNotificationColor();
     /// "bvt-alert-icon-default.png" from the host's resources (":/"), else beside the executable;
     /// a null pixmap when the host carries none.
-    BREVANTI_WIDGETS_EXPORT static QPixmap defaultNotificationIcon();
+    BREVANTI_CORE_EXPORT static QPixmap defaultNotificationIcon();
     /// The card's header unless the host gives one: "Stay Up To Date", through the host's
     /// translators (context PermissionCard) each time it is asked for.
-    BREVANTI_WIDGETS_EXPORT static QString defaultNotificationHeader();
+    BREVANTI_CORE_EXPORT static QString defaultNotificationHeader();
     /// The card's sub-header unless the host gives one, translated as the header is.
-    BREVANTI_WIDGETS_EXPORT static QString defaultNotificationSubHeader();
+    BREVANTI_CORE_EXPORT static QString defaultNotificationSubHeader();
 
-    /// Pushes a full-screen preferences screen onto the host's navigation stack, animated.
-    BREVANTI_WIDGETS_EXPORT static void
+    /// Pushes a full-screen preferences screen onto the host's navigation stack, animated. Needs a
+    /// QApplication and the Widgets component; without them it writes "The library's screens need a
+    /// QApplication (Qt Widgets); nothing is shown" to the brevanti.ui category.
+    BREVANTI_CORE_EXPORT static void
     openPreferencesWithNavigationController(bvt::NavigationController *navigation);
 
     /// The controller on top of the key window's hierarchy (or of the given controller's): down
-    /// navigation stacks and selected tabs. Beware: a plain controller that presents another one
-    /// makes the walk recurse without end, as it always has.
+    /// navigation stacks and selected tabs; null without the Widgets component. Beware: a plain
+    /// controller that presents another one makes the walk recurse without end, as it always has.
     ///@{
-    BREVANTI_WIDGETS_EXPORT static bvt::ViewController *topViewController();
-    BREVANTI_WIDGETS_EXPORT static bvt::ViewController *
+    BREVANTI_CORE_EXPORT static bvt::ViewController *topViewController();
+    BREVANTI_CORE_EXPORT static bvt::ViewController *
     topViewController(bvt::ViewController *controller);
     ///@}
 };

@@ -2,9 +2,7 @@
 
 #include "client/callwitness.h"
 #include "client/replyprivate.h"
-#include "core/cardpresenter.h"
 #include "core/identifierevents.h"
-#include "core/logging.h"
 #include "device/facade.h"
 
 #include <Brevanti/BVT.h>
@@ -162,15 +160,7 @@ Reply *Client::setPreferenceEnabled(const QString &category, const QString &pref
 
 void Client::requestCustomPreferences()
 {
-    // Each card applies the described rule itself: a stored token shows nothing, and says so.
-    CardRequest request;
-    request.defaults = true;
-    if (presentCardWhereShown(request))
-        return;
-    qCWarning(lcUi(),
-              "No card can be shown: the widget card needs a QApplication and the Widgets library, "
-              "the QML card the QML singleton Brevanti; nothing is shown");
-    Q_EMIT cardFinished(CardNotShown);
+    BVTNotify::requestCustomPreferences();
 }
 
 Reply *Client::get(const QString &path, const QVariantMap &parameters)

@@ -1,8 +1,8 @@
 #include "brevantisingleton.h"
 
-#include "core/cardpresenter.h"
 #include "core/log.h"
 #include "core/logging.h"
+#include "core/screens.h"
 #include "jscallback.h"
 #include "notify/carddefaults.h"
 
@@ -41,12 +41,7 @@ BrevantiSingleton::BrevantiSingleton(QJSEngine *engine, QObject *parent)
     connect(client, &Client::deviceIdChanged, this, &BrevantiSingleton::currentDeviceChanged);
     connect(client, &Client::userChanged, this, &BrevantiSingleton::currentUserChanged);
     connect(client, &Client::pushTokenChanged, this, &BrevantiSingleton::currentDeviceTokenChanged);
-    installCardPresenter(this, [this](const CardRequest &request) {
-        if (request.defaults)
-            requestCustomPreferences();
-        else
-            showCard(request);
-    });
+    installCardPresenter(this, [this](const CardRequest &request) { showCard(request); });
 }
 
 BrevantiSingleton *BrevantiSingleton::create(QQmlEngine *, QJSEngine *engine)

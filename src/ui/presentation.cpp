@@ -1,97 +1,28 @@
-// Showing the library's screens: the permission popup and the preferences screen.
-#include <Brevanti/BVT.h>
+// The widget screens behind BVTNotify's screen calls, installed as this library is loaded.
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/BVTNotifyPreferencesViewController.h>
 #include <Brevanti/BVTNotifyRequestViewController.h>
 #include <Brevanti/Client.h>
+#include <Brevanti/brevanti_widgets_export.h>
 #include <Brevanti/platform/NavigationController.h>
 #include <Brevanti/platform/PopupController.h>
 #include <Brevanti/platform/TabBarController.h>
 #include <Brevanti/platform/Window.h>
 
-#include "core/cardpresenter.h"
-#include "core/log.h"
-#include "core/logging.h"
-#include "notify/carddefaults.h"
+#include "core/screens.h"
 
-#include <QApplication>
 #include <QColor>
-#include <QDir>
-#include <QFileInfo>
 #include <QPixmap>
 
 namespace {
 
-const QString defaultIconName = QString::fromLatin1(bvt::carddefaults::iconName);
 constexpr double popupCornerRadius = 4.0;
 const QColor dimming = QColor::fromRgbF(0, 0, 0, 0.8f);
 
-// A widget made without a QApplication aborts the process; a host without one gets a line instead.
-bool widgetsAvailable()
+void showCard(const bvt::CardRequest &request)
 {
-    if (qobject_cast<QApplication *>(QCoreApplication::instance()))
-        return true;
-    qCWarning(bvt::lcUi,
-              "The library's screens need a QApplication (Qt Widgets); nothing is shown");
-    return false;
-}
-
-// The client shows the widget card through this, in a host whose application is a QApplication.
-void installWidgetCard()
-{
-    bvt::installWidgetCardPresenter([](const bvt::CardRequest &request) {
-        if (request.defaults)
-            BVTNotify::requestCustomPreferences();
-        else
-            BVTNotify::requestCustomPreferencesWithColor(request.color.value<QColor>(),
-                                                         request.icon.value<QPixmap>(),
-                                                         request.header, request.subHeader);
-    });
-}
-Q_CONSTRUCTOR_FUNCTION(installWidgetCard)
-
-} // namespace
-
-void BVTNotify::requestCustomPreferences()
-{
-    requestCustomPreferencesWithColor(defaultNotificationColor());
-}
-
-void BVTNotify::requestCustomPreferencesWithColor(const QColor &color)
-{
-    requestCustomPreferencesWithColor(color, defaultNotificationIcon());
-}
-
-void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon)
-{
-    requestCustomPreferencesWithColor(color, icon, defaultNotificationHeader());
-}
-
-void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon,
-                                                  const QString &header)
-{
-    requestCustomPreferencesWithColor(color, icon, header, defaultNotificationSubHeader());
-}
-
-void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon,
-                                                  const QString &header, const QString &subHeader)
-{
-    // A stored token is the library's only sign that push was accepted already.
-    const auto notShown = [] {
-        Q_EMIT bvt::Client::instance()->cardFinished(bvt::Client::CardNotShown);
-    };
-    if (!BVT::currentDeviceToken().isNull()) {
-        bvt::log("You have already accepted push notifications!");
-        return notShown();
-    }
-    // Without Qt Widgets, a QML host's card is shown instead, when the QML module is in use.
-    if (!qobject_cast<QApplication *>(QCoreApplication::instance())
-        && bvt::presentCard(
-                {QVariant::fromValue(color), QVariant::fromValue(icon), header, subHeader}))
-        return;
-    if (!widgetsAvailable())
-        return notShown();
-    bvt::ViewController *top = topViewController();
+    const QColor color = request.color.value<QColor>();
+    bvt::ViewController *top = BVTNotify::topViewController();
 
     // Process-wide: every popup bar made from now on looks like this, until the next call.
     bvt::PopupNavigationBar::Appearance &look = bvt::PopupNavigationBar::appearance();
@@ -100,9 +31,10 @@ void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPi
     look.barStyle = bvt::PopupNavigationBar::BarStyle::Default;
     look.titleColor = Qt::white;
 
-    auto *request = new BVTNotifyRequestViewController(color, icon, header, subHeader);
+    auto *card = new BVTNotifyRequestViewController(color, request.icon.value<QPixmap>(),
+                                                    request.header, request.subHeader);
     // Owned by the controller it is shown in, so that it goes with it.
-    auto *popup = new bvt::PopupController(request, top);
+    auto *popup = new bvt::PopupController(card, top);
     auto *background = new QWidget;
     background->setGeometry(top ? top->view()->rect() : QRect());
     background->setAutoFillBackground(true);
@@ -115,54 +47,23 @@ void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPi
         popup->presentInViewController(top);
     } else {
         delete popup; // nowhere to show it, so still ours
-        notShown();
+        Q_EMIT bvt::Client::instance()->cardFinished(bvt::Client::CardNotShown);
     }
 }
 
-QColor BVTNotify::defaultNotificationColor()
+void openPreferences(bvt::NavigationController *navigation)
 {
-    using namespace bvt::carddefaults;
-    return QColor::fromRgbF(red, green, blue, 1.0f);
-}
-
-QPixmap BVTNotify::defaultNotificationIcon()
-{
-    const QString beside = QDir(QCoreApplication::applicationDirPath()).filePath(defaultIconName);
-    for (const QString &path : {QStringLiteral(":/") + defaultIconName, beside}) {
-        if (QFileInfo::exists(path))
-            return QPixmap(path);
-    }
-    return QPixmap();
-}
-
-QString BVTNotify::defaultNotificationHeader()
-{
-    return bvt::carddefaults::header();
-}
-
-QString BVTNotify::defaultNotificationSubHeader()
-{
-    return bvt::carddefaults::subHeader();
-}
-
-void BVTNotify::openPreferencesWithNavigationController(bvt::NavigationController *navigation)
-{
-    if (!widgetsAvailable())
-        return;
-    auto *preferences = new BVTNotifyPreferencesViewController;
     if (navigation)
-        navigation->pushViewController(preferences, true);
-    else
-        delete preferences;
+        navigation->pushViewController(new BVTNotifyPreferencesViewController, true);
 }
 
-bvt::ViewController *BVTNotify::topViewController()
+bvt::ViewController *keyWindowRoot()
 {
     const bvt::Window *window = bvt::Window::keyWindow();
-    return window ? topViewController(window->rootViewController()) : nullptr;
+    return window ? window->rootViewController() : nullptr;
 }
 
-bvt::ViewController *BVTNotify::topViewController(bvt::ViewController *controller)
+bvt::ViewController *topViewController(bvt::ViewController *controller)
 {
     if (auto *navigation = qobject_cast<bvt::NavigationController *>(controller)) {
         // An empty stack has no top: the walk finds nothing, and no popup is shown.
@@ -176,3 +77,15 @@ bvt::ViewController *BVTNotify::topViewController(bvt::ViewController *controlle
         return topViewController(controller);
     return controller;
 }
+
+void installWidgetScreens()
+{
+    bvt::installWidgetScreens({showCard, topViewController, keyWindowRoot, openPreferences});
+}
+Q_CONSTRUCTOR_FUNCTION(installWidgetScreens)
+
+} // namespace
+
+// A static host names this, so that the linker keeps this file and its installation above, which
+// nothing else in the host refers to.
+extern "C" BREVANTI_WIDGETS_EXPORT const int brevanti_widget_screens = 1;

@@ -1,7 +1,8 @@
 # Installs the build into a prefix of its own, then configures a host that asks for one component
 # at a time; a component whose targets name another's before those exist fails here. The host of
 # Core alone is built too, and must need neither Qt Gui nor Qt Widgets; so is the Qt Quick host,
-# which must need no Qt Widgets and walk a first run against the local service.
+# which must need no Qt Widgets and walk a first run against the local service. Last, the README's
+# snippets are built as hosts.
 file(REMOVE_RECURSE ${WORK_DIR}/prefix)
 execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${WORK_DIR}/prefix
     RESULT_VARIABLE failed OUTPUT_QUIET
@@ -86,3 +87,17 @@ endif()
 string(REGEX MATCHALL "quick-host: [^\n]*" steps "${output}")
 list(JOIN steps "\n" steps)
 message(STATUS "the Qt Quick host needs no Qt Widgets, and walked its first run:\n${steps}")
+
+# The README's snippets, built against the installed package as a host would copy them.
+if(SANITIZE)
+    set(ENV{HOST_LINKER_FLAGS} -fsanitize=address,undefined)
+endif()
+execute_process(
+    COMMAND bash ${CMAKE_CURRENT_LIST_DIR}/build-readme-snippets.sh ${WORK_DIR}/prefix
+            ${WORK_DIR}/readme-snippets ${README}
+    RESULT_VARIABLE failed OUTPUT_VARIABLE output ERROR_VARIABLE output
+)
+if(failed)
+    message(FATAL_ERROR "the README's snippets do not build:\n${output}")
+endif()
+message(STATUS "the README's C++, CMake and QML snippets build and load:\n${output}")

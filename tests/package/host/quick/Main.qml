@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Controls
 import Brevanti
 
-// A first run, walked by itself one step at a time: once the device is registered the permission
-// card opens; Customize Notifications shows the preferences; the first switch is flipped and the
+// A first run, walked by itself one step at a time: once the device is registered the host opens
+// the permission card from C++; Customize Notifications shows the preferences; the first switch is flipped and the
 // service asked until it reads the flip; Done closes the card; the user signs in. Exits 0 when
 // every step happened, 1 naming the step that did not within ten seconds.
 Window {
@@ -11,6 +11,7 @@ Window {
     width: 375
     height: 667
     visible: true
+    Component.onCompleted: Brevanti.window = window // makes the singleton, which shows the card
 
     property int step: 0
     property real stepStarted: Date.now()
@@ -43,10 +44,6 @@ Window {
 
     readonly property var steps: [
         ["the device to be registered", () => Brevanti.currentDevice !== ""],
-        ["the permission card", () => {
-            Brevanti.client.requestCustomPreferences()
-            return true
-        }],
         ["the Customize Notifications button", () => tap("Customize Notifications")],
         ["a switch", () => {
             const toggle = firstSwitch()

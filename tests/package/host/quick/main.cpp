@@ -2,6 +2,7 @@
 // routed to the local service named on the command line. Its window walks a first run by itself;
 // the exit status says whether every step happened.
 #include <Brevanti/BVT.h>
+#include <Brevanti/BVTNotify.h>
 #include <Brevanti/Client.h>
 #include <Brevanti/ServiceRouter.h>
 
@@ -22,7 +23,9 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(QStringLiteral("quick-host"));
     bvt::setNetworkAccessManager(new bvt::ServiceRouter(QUrl(app.arguments().at(1)), &app));
     BVT::initWithLaunchOptions({}, QStringLiteral("demo-client"), QStringLiteral("demo-secret"));
-    // The card's outcome, from the client in Core: no Qt Widgets needed.
+    // The card from C++ once the device is registered, and its outcome: Core, no Qt Widgets.
+    QObject::connect(bvt::Client::instance(), &bvt::Client::deviceIdChanged, &app,
+                     [] { BVTNotify::requestCustomPreferences(); });
     QObject::connect(bvt::Client::instance(), &bvt::Client::cardFinished, &app,
                      [](bvt::Client::CardOutcome outcome) {
                          qInfo("quick-host: the card ended: %d", int(outcome));

@@ -1,0 +1,60 @@
+#include "screens.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+
+namespace bvt {
+
+namespace {
+
+struct QuickPresenter
+{
+    QPointer<QObject> owner;
+    CardPresenter presenter;
+};
+
+QuickPresenter &quickPresenter()
+{
+    static QuickPresenter one;
+    return one;
+}
+
+WidgetScreens &installedWidgetScreens()
+{
+    static WidgetScreens screens;
+    return screens;
+}
+
+} // namespace
+
+void installCardPresenter(QObject *owner, CardPresenter presenter)
+{
+    quickPresenter() = {owner, std::move(presenter)};
+}
+
+void installWidgetScreens(WidgetScreens screens)
+{
+    installedWidgetScreens() = std::move(screens);
+}
+
+const WidgetScreens &widgetScreens()
+{
+    return installedWidgetScreens();
+}
+
+bool presentCardWhereShown(const CardRequest &request)
+{
+    // By name: this library does not link Qt Widgets.
+    const QCoreApplication *application = QCoreApplication::instance();
+    if (application && application->inherits("QApplication") && widgetScreens().card) {
+        widgetScreens().card(request);
+        return true;
+    }
+    const QuickPresenter &quick = quickPresenter();
+    if (!quick.owner || !quick.presenter)
+        return false;
+    quick.presenter(request);
+    return true;
+}
+
+} // namespace bvt
