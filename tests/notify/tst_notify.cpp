@@ -5,6 +5,7 @@
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
+#include <Brevanti/Client.h>
 
 #include <QtTest>
 
@@ -63,11 +64,19 @@ private Q_SLOTS:
         BVT::assignDeviceToUser("u", outcomes.success(), outcomes.failure());
         BVT::assignDeviceToUser(QString()); // logged, not thrown
         BVT::unassignDevice(outcomes.success(), outcomes.failure());
-        QCOMPARE(m_log->lines(), QStringList(8, "You have not fired initWithLaunchOptions yet!"));
+        // The client's replies say so instead.
+        bvt::Client *client = bvt::Client::instance();
+        QList<int> errors;
+        for (bvt::Reply *reply :
+             {client->assignDeviceToUser("u"), client->unassignDevice(), client->enableDevice("AB"),
+              client->fetchPreferences(), client->setPreferenceEnabled("news", "digest", false)})
+            reply->then(client, [&errors](bvt::Reply *reply) { errors << reply->error(); });
+        QCOMPARE(m_log->lines(), QStringList(13, "You have not fired initWithLaunchOptions yet!"));
         QTRY_VERIFY(m_local->nothingUnderWay());
         QCOMPARE(m_local->requestsFor("/devices").size(), 1); // sent and dropped, never again
         QCOMPARE(m_local->service().requests().size(), 2);    // and a token for it
         QCOMPARE(outcomes.count(), 0);
+        QTRY_COMPARE(errors, QList<int>(5, bvt::Reply::NotRegisteredError));
         QVERIFY(m_system.requests().isEmpty());
     }
 

@@ -96,7 +96,6 @@ private Q_SLOTS:
         row("get, not JSON", "/echo", {0, 200, "no", "text/plain"}, Reply::InvalidAnswerError, 200,
             2);
         row("assign, null user", QString(), {}, Reply::RefusedArgumentError, 0, 0);
-        row("switch, null key", QString(), {}, Reply::RefusedArgumentError, 0, 0);
         row("get, another host", "@127.0.0.1:1/x", {}, Reply::RefusedArgumentError, 0, 0);
     }
 
@@ -143,24 +142,6 @@ private Q_SLOTS:
         if (call == "assign" && ended->error == Reply::NoError) // stored before it finished
             QCOMPARE(ended->user, argument);
         QCOMPARE(m_local->service().requests().size(), sent);
-    }
-
-    void nothingIsSentWithoutADevice()
-    {
-        bvt::UserDefaults &store = bvt::UserDefaults::standardUserDefaults();
-        const QString device = store.stringForKey(deviceKey);
-        store.removeObjectForKey(deviceKey);
-        const auto restore = qScopeGuard([&] { store.setObject(device, deviceKey); });
-        const std::vector<std::shared_ptr<Ended>> ended{
-                watch(m_client->assignDeviceToUser("u"), this),
-                watch(m_client->unassignDevice(), this), watch(m_client->enableDevice("AB"), this),
-                watch(m_client->fetchPreferences(), this),
-                watch(m_client->setPreferenceEnabled("news", "digest", false), this)};
-        for (const auto &call : ended) {
-            QTRY_COMPARE(call->times, 1);
-            QCOMPARE(call->error, Reply::NotRegisteredError);
-        }
-        QCOMPARE(m_local->service().requests().size(), 0);
     }
 
     void abortEndsTheCallWithoutAResult()

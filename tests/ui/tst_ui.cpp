@@ -123,9 +123,8 @@ private Q_SLOTS:
         const bvt::PopupNavigationBar *bar = shownPopup()->navigationBar();
         QVERIFY(!bar->isVisible());
         QCOMPARE(shownPopup()->backgroundView()->palette().color(QPalette::Window).alphaF(), 0.8f);
-        QVERIFY(shownPopup()
-                        ->backgroundView()
-                        ->autoFillBackground()); // the screen behind is dimmed
+        // The screen behind is dimmed.
+        QVERIFY(shownPopup()->backgroundView()->autoFillBackground());
         QCOMPARE(bar->findChild<QLabel *>()->palette().color(QPalette::WindowText),
                  QColor(Qt::white));
     }

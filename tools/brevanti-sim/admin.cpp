@@ -55,12 +55,12 @@ QJsonObject requestJson(const RecordedRequest &request)
 const QHash<QString, QJsonValue::Type> &faultMembers()
 {
     static const QHash<QString, QJsonValue::Type> members{
-            {"method", QJsonValue::String},        {"path", QJsonValue::String},
-            {"delay_ms", QJsonValue::Double},      {"status", QJsonValue::Double},
-            {"body", QJsonValue::String},          {"content_type", QJsonValue::String},
-            {"drop_connection", QJsonValue::Bool}, {"truncate_body", QJsonValue::Bool},
-            {"times", QJsonValue::Double},         {"headers", QJsonValue::Object},
-            {"stall_after_half", QJsonValue::Bool}};
+            {"method", QJsonValue::String},         {"path", QJsonValue::String},
+            {"delay_ms", QJsonValue::Double},       {"status", QJsonValue::Double},
+            {"body", QJsonValue::String},           {"content_type", QJsonValue::String},
+            {"drop_connection", QJsonValue::Bool},  {"truncate_body", QJsonValue::Bool},
+            {"times", QJsonValue::Double},          {"headers", QJsonValue::Object},
+            {"stall_after_half", QJsonValue::Bool}, {"pace", QJsonValue::String}};
     return members;
 }
 
@@ -150,6 +150,11 @@ Answer AdminRoutes::setFault(const QByteArray &json) const
     fault.truncateBody = object.value(QLatin1String("truncate_body")).toBool();
     fault.stallAfterHalf = object.value(QLatin1String("stall_after_half")).toBool();
     fault.times = object.value(QLatin1String("times")).toInt(-1);
+    const QString pace = object.value(QLatin1String("pace")).toString(QStringLiteral("whole"));
+    const QStringList paces{"whole", "trickle", "endless_chunks", "huge_length"};
+    if (!paces.contains(pace))
+        return invalid(QStringLiteral("pace is one of %1.").arg(paces.join(QStringLiteral(", "))));
+    fault.pace = Pace(paces.indexOf(pace));
     if (!isHeaderValue(object.value(QLatin1String("content_type")).toString()))
         return invalid(QStringLiteral("content_type holds a line end, a control character or a "
                                       "character beyond Latin-1."));

@@ -1,6 +1,7 @@
 #include "reply.h"
 
 #include <QTcpSocket>
+#include <QTimer>
 
 namespace bvtsim {
 
@@ -60,6 +61,31 @@ QByteArray reasonPhrase(int status)
     }
 }
 
+// Writes what a pace other than Whole sends after the head, for as long as it goes on.
+void pace(QTcpSocket *socket, const Reply &reply)
+{
+    const QByteArray block(64 * 1024, ' ');
+    if (reply.pace == Pace::HugeLength) {
+        socket->write(block);
+    } else if (reply.pace == Pace::Trickle) {
+        auto *timer = new QTimer(socket);
+        QObject::connect(timer, &QTimer::timeout, socket,
+                         [socket, body = reply.body, sent = 0]() mutable {
+                             if (sent < body.size())
+                                 socket->write(body.mid(sent++, 1));
+                         });
+        timer->start(20);
+    } else {
+        const QByteArray chunk = QByteArray::number(block.size(), 16) + "\r\n" + block + "\r\n";
+        const auto more = [socket, chunk] {
+            while (socket->bytesToWrite() < 4 * chunk.size())
+                socket->write(chunk);
+        };
+        QObject::connect(socket, &QTcpSocket::bytesWritten, socket, more);
+        more();
+    }
+}
+
 } // namespace
 
 Reply replyOf(const Answer &answer)
@@ -81,14 +107,21 @@ void respond(QTcpSocket *socket, const QByteArray &method, const Reply &reply)
             + reasonPhrase(reply.status) + "\r\n";
     // A 204 has no body, so it announces neither a length nor a type.
     const bool hasBody = reply.status != 204;
-    if (hasBody)
-        head += "Content-Type: " + reply.contentType
-                + "\r\nContent-Length: " + QByteArray::number(reply.body.size()) + "\r\n";
+    if (hasBody) {
+        const QByteArray length = reply.pace == Pace::HugeLength
+                ? QByteArrayLiteral("Content-Length: 99999999999999999999")
+                : reply.pace == Pace::EndlessChunks
+                ? QByteArrayLiteral("Transfer-Encoding: chunked")
+                : "Content-Length: " + QByteArray::number(reply.body.size());
+        head += "Content-Type: " + reply.contentType + "\r\n" + length + "\r\n";
+    }
     for (const auto &[name, value] : reply.headers)
         head += name + ": " + value + "\r\n";
     if (reply.close)
         head += "Connection: close\r\n";
     socket->write(head + "\r\n");
+    if (reply.pace != Pace::Whole && hasBody && method != "HEAD")
+        return pace(socket, reply);
     if (hasBody && method != "HEAD")
         socket->write(reply.truncateBody ? reply.body.left(reply.body.size() / 2) : reply.body);
     if ((reply.truncateBody && !reply.stallAfterHalf) || reply.close)

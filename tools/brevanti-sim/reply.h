@@ -1,6 +1,7 @@
 #pragma once
 
 #include "answer.h"
+#include "pace.h"
 
 #include <QByteArray>
 #include <QList>
@@ -22,6 +23,7 @@ struct Reply
     bool stallAfterHalf = false; // a truncated body leaves the connection open, silent
     bool close = false;          // the connection ends after this answer
     int delayMs = 0;             // sent this much later
+    Pace pace = Pace::Whole;
 };
 
 Reply replyOf(const Answer &answer);

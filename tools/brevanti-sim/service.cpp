@@ -440,6 +440,7 @@ Reply ServicePrivate::serve(const RecordedRequest &request, QTcpSocket *socket)
         reply.truncateBody = fault->truncateBody;
         reply.stallAfterHalf = fault->stallAfterHalf;
         reply.delayMs = fault->delayMs;
+        reply.pace = fault->pace;
     } else {
         reply = replyOf(dispatch(request));
     }

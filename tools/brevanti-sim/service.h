@@ -1,5 +1,7 @@
 #pragma once
 
+#include "pace.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QHostAddress>
@@ -47,6 +49,7 @@ struct Fault
     QList<QPair<QByteArray, QByteArray>> headers = {}; // sent after Content-Type and Content-Length
     // With truncateBody: keep the connection open, and silent, after the half.
     bool stallAfterHalf = false;
+    Pace pace = Pace::Whole; // how the body goes out
 };
 
 class ServicePrivate;

@@ -1,0 +1,13 @@
+#pragma once
+
+namespace bvtsim {
+
+// How an answer's body goes out; all but the first are answers no honest server gives.
+enum class Pace {
+    Whole,         // at once, with its length
+    Trickle,       // with its length, then one byte every 20 ms
+    EndlessChunks, // chunked, 64 KiB a chunk, for as long as the client reads
+    HugeLength,    // a length no 64-bit number holds, 64 KiB of it, then silence
+};
+
+} // namespace bvtsim
