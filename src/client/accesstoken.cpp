@@ -12,6 +12,15 @@ bool BVTManager::Private::holdsValidToken() const
     return accessTokenExpires.isValid() && accessTokenExpires > bvt::clock::now();
 }
 
+const QUrl &BVTManager::Private::originUrl() const
+{
+    if (m_parsedOrigin != origin || m_parsedOrigin.isNull() != origin.isNull()) {
+        m_parsedOrigin = origin;
+        m_originUrl = QUrl(origin);
+    }
+    return m_originUrl;
+}
+
 void BVTManager::verifyAuthenticated(const BVTSuccessBlock &success, const BVTErrorBlock &failure)
 {
     if (d->holdsValidToken()) {

@@ -48,9 +48,15 @@ void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParam
     bvt::log("Submit Url: %@", url);
     if (verb.logsCredentials)
         bvt::log("Authorization: %@", QStringLiteral("Basic ") + d->basicCredentials);
+    // Joined with its query and parsed once: the URL that is checked is the one that is sent.
+    const QByteArray form = bvt::FormEncoder::encode(parameters);
+    QString target = url;
+    if (verb.parametersInQuery && !form.isEmpty())
+        target += (url.contains(u'?') ? u'&' : u'?') + QString::fromLatin1(form);
+    const QUrl requestUrl(target);
     // The bearer token goes to the service alone, so a path that leads elsewhere sends nothing,
     // not even a token request. The caller hears of it later, as of any failure.
-    if (!bvt::staysWithin(QUrl(url), QUrl(d->origin))) {
+    if (!bvt::staysWithin(requestUrl, d->originUrl())) {
         bvt::log("Not sent: the URL leaves the service's origin: %@", url);
         QTimer::singleShot(0, [failure, report] {
             if (failure)
@@ -69,23 +75,17 @@ void BVTManager::send(const bvt::Verb &verb, const QString &path, const BVTParam
             report({bvt::Outcome::NoToken, why});
         }
     };
-    auto sendRequest = [self = shared_from_this(), &verb, url, parameters, success, failure,
+    auto sendRequest = [self = shared_from_this(), &verb, requestUrl, form, success, failure,
                         noToken, report](const QVariant &) {
         // A token the host set can still hold a line break; it never goes on the wire.
         const QByteArray bearer = "Bearer " + bvt::describe(self->d->accessToken).toUtf8();
         if (!bvt::HttpClient::isSafeHeaderValue(bearer))
             return noToken(bvt::unsendableTokenError());
         bvt::HttpRequest request;
-        const QByteArray form = bvt::FormEncoder::encode(parameters);
-        QString target = url;
-        if (verb.parametersInQuery) {
-            if (!form.isEmpty())
-                target += (url.contains(u'?') ? u'&' : u'?') + QString::fromLatin1(form);
-        } else {
+        if (!verb.parametersInQuery)
             request.body = form;
-        }
         request.method = verb.method;
-        request.url = QUrl(target);
+        request.url = requestUrl;
         request.headers = {{"Authorization", bearer},
                            {"Accept", bvt::vendorMediaType},
                            {"Content-Type", verb.contentType}};

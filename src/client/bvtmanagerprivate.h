@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QUrl>
 
 // A manager's state, shared by the files that make up BVTManager.
 class BVTManager::Private
@@ -11,6 +12,8 @@ class BVTManager::Private
 public:
     void updateBasicCredentials();
     bool holdsValidToken() const;
+    // The origin parsed, once for each value it takes.
+    const QUrl &originUrl() const;
 
     QString clientId;
     QString clientSecret;
@@ -19,4 +22,8 @@ public:
     QString accessToken;
     QDateTime accessTokenExpires;
     QString currentUser;
+
+private:
+    mutable QString m_parsedOrigin;
+    mutable QUrl m_originUrl;
 };

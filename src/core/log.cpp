@@ -3,6 +3,7 @@
 #include <Brevanti/Logging.h>
 
 #include <QJsonDocument>
+#include <QLoggingCategory>
 #include <QtDebug>
 
 namespace bvt {
@@ -60,27 +61,37 @@ QString describe(const QVariant &value)
 
 QString formatLine(const char *format, const QStringList &arguments)
 {
-    const QString pattern = QString::fromUtf8(format);
+    // The formats are the library's own texts, all ASCII: read as they are, not converted.
+    const QLatin1String pattern(format);
+    const QLatin1String marker("%@");
+    qsizetype length = pattern.size();
+    for (const QString &argument : arguments)
+        length += argument.size();
     QString line;
-    line.reserve(pattern.size());
+    line.reserve(length);
     qsizetype next = 0;
     qsizetype from = 0;
-    for (qsizetype at = pattern.indexOf(QLatin1String("%@")); at >= 0;
-         at = pattern.indexOf(QLatin1String("%@"), from)) {
-        line += QStringView(pattern).mid(from, at - from);
+    for (qsizetype at = pattern.indexOf(marker); at >= 0; at = pattern.indexOf(marker, from)) {
+        line += pattern.mid(from, at - from);
         line += next < arguments.size() ? arguments.at(next++) : nilText;
         from = at + 2;
     }
-    line += QStringView(pattern).mid(from);
+    line += pattern.mid(from);
     return line;
 }
 
 void writeLine(const QString &line)
 {
-    if (const LogHandler &handler = logHandler())
+    if (const LogHandler &handler = logHandler()) {
         handler(line);
-    else
-        qInfo("%s", qUtf8Printable(line));
+        return;
+    }
+    // As qInfo() in the default category would, without formatting the line a second time.
+    if (!QLoggingCategory::defaultCategory()->isInfoEnabled())
+        return;
+    QMessageLogContext context;
+    context.category = QLoggingCategory::defaultCategory()->categoryName();
+    qt_message_output(QtInfoMsg, context, line);
 }
 
 } // namespace bvt
