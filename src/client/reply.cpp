@@ -31,26 +31,27 @@ void Reply::Private::end(Reply *reply, const Outcome &outcome)
     networkError = response.networkError;
     answer = response.object;
     answerText = response.text;
-    end(reply, error, error == NoError ? QString() : response.error.message);
+    end(reply, error, error == NoError ? QString() : response.error.message, callReturned);
 }
 
-void Reply::Private::end(Reply *reply, Error error, const QString &errorString)
+void Reply::Private::end(Reply *reply, Error error, const QString &errorString, bool atOnce)
 {
     if (ending)
         return;
     ending = true;
     this->error = error;
     this->errorString = errorString;
-    // Later than the call that made the reply returned, so that a host can connect first.
-    QMetaObject::invokeMethod(
-            reply,
-            [reply] {
-                reply->d->finished = true;
-                Q_EMIT reply->finished();
-                if (reply->d->autoDelete)
-                    reply->deleteLater();
-            },
-            Qt::QueuedConnection);
+    const auto finish = [reply] {
+        reply->d->finished = true;
+        Q_EMIT reply->finished();
+        if (reply->d->autoDelete)
+            reply->deleteLater();
+    };
+    // Never before the call that made the reply returned, so that a host can connect first.
+    if (atOnce)
+        finish();
+    else
+        QMetaObject::invokeMethod(reply, finish, Qt::QueuedConnection);
 }
 
 Reply::Reply(QObject *parent) : QObject(parent), d(std::make_unique<Private>()) { }

@@ -10,11 +10,13 @@ namespace bvt {
 class Reply::Private
 {
 public:
-    // Ends the reply with what the outcome tells, from the event loop; the first end wins.
+    // Ends the reply with what the outcome tells; the first end wins. An outcome that comes once
+    // the call returned (from the network) is told at once, any other end from the event loop.
     void end(Reply *reply, const Outcome &outcome);
-    void end(Reply *reply, Error error, const QString &errorString);
+    void end(Reply *reply, Error error, const QString &errorString, bool atOnce = false);
 
-    bool ending = false; // an end is on its way: later ones are dropped
+    bool ending = false;       // an end is on its way: later ones are dropped
+    bool callReturned = false; // the call that made the reply returned it
     bool finished = false;
     bool autoDelete = true;
     Error error = NoError;

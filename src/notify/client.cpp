@@ -108,8 +108,10 @@ Reply *Client::witness(const std::function<void()> &call, Reply::Error nothingSe
         reply->d->end(reply, Reply::RefusedArgumentError, QString::fromUtf8(refusal.what()));
         return reply;
     }
-    if (witness.reached())
+    if (witness.reached()) {
+        reply->d->callReturned = true;
         return reply;
+    }
     if (nothingSent == Reply::NoError)
         reply->d->end(reply, Reply::NoError, QString());
     else if (!isInitialised())
