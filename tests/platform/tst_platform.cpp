@@ -105,6 +105,7 @@ private Q_SLOTS:
                 rows << IndexPath{i / 20, i % 20};
         }
         QCOMPARE(m_table->indexPathsForVisibleRows(), rows);
+        QCOMPARE(m_table->rectForRowAtIndexPath({0, 20}), QRectF()); // past the section's end
         int shown = 0;
         for (TableViewCell *cell : m_table->viewport()->findChildren<TableViewCell *>())
             shown += cell->isVisible();

@@ -114,6 +114,8 @@ private Q_SLOTS:
         showPage();
     }
 
+    void init() { QTest::failOnWarning(QRegularExpression(".")); }
+
     void launchShowsTheDevice()
     {
         const QString start = R"(Brevanti.initWithLaunchOptions({}, "test-client", "test-secret"))";

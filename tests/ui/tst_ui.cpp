@@ -289,6 +289,7 @@ private Q_SLOTS:
         bvt::TableViewCell *cell = table->cellForRowAtIndexPath({0, 0});
         QCOMPARE(cell->selectionStyle(), bvt::TableViewCell::SelectionStyle::None);
         QCOMPARE(switchOf(cell)->accessibleName(), "Preference 0.0");
+        QCOMPARE(switchOf(cell)->onTintColor(), QColor::fromRgbF(0.6f, 0.85f, 0.38f));
 
         // Selecting a row leaves no row selected and the switch as it was.
         QTest::mouseClick(cell, Qt::LeftButton, {}, QPoint(100, 30));
