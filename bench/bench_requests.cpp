@@ -5,8 +5,8 @@
 //   the serving takes almost nothing and the ratio is the client's alone;
 // - the TCP connections the service saw for 200 requests, sequential and 50 at a time;
 // - a first run: its round trips and how long initialisation takes to return.
-// "bench_requests profile library|bare [COUNT]" makes only COUNT GETs (20000 by default) of one
-// side against the raw server, for a profiler: perf record -g bench_requests profile library.
+// "bench_requests profile library|bare|client [COUNT]" makes only COUNT GETs (20000 by default) of
+// one side against the raw server, for a profiler: perf record -g bench_requests profile library.
 // The library's log lines go where Qt sends them by default (standard error): run it with standard
 // error sent to a file, as scripts/bench does, so that a terminal's drawing is not in the figures.
 #include "client/httpclient.h"
@@ -466,16 +466,20 @@ void printComparison(const char *title, const Comparison &c)
 // Only count GETs of one side against the raw server, so that a profiler sees that side alone.
 int profile(const QString &side, int count, const QUrl &server)
 {
-    if ((side != QLatin1String("library") && side != QLatin1String("bare")) || count < 1) {
-        std::fprintf(stderr, "bench_requests: profile library|bare [COUNT]\n");
+    const QStringList sides{QStringLiteral("library"), QStringLiteral("bare"),
+                            QStringLiteral("client")};
+    if (!sides.contains(side) || count < 1) {
+        std::fprintf(stderr, "bench_requests: profile library|bare|client [COUNT]\n");
         return 2;
     }
     bvt::ServiceRouter network(server);
     bvt::setNetworkAccessManager(&network);
     const auto manager = BVTManager::initWithLaunchOptions({}, clientId, clientSecret);
     int failures = holdToken(manager) ? 0 : 1;
-    const Send send = side == QLatin1String("library")
-            ? libraryGet(manager)
+    BVT::initWithLaunchOptions({}, clientId, clientSecret); // the client's
+    const Send send = side == QLatin1String("library") ? libraryGet(manager)
+            : side == QLatin1String("client")
+            ? clientGet()
             : bareGet(network, manager->access_token(), manager->access_token_expires());
     sequential(50, send, failures);
     const Cost cost = sequential(count, send, failures);
