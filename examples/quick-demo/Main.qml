@@ -13,7 +13,7 @@ ApplicationWindow {
     visible: true
     title: "Brevanti Demo"
 
-    Component.onCompleted: Brevanti.window = window
+    Component.onCompleted: BVTNotify.window = window
 
     StackView {
         id: stack
@@ -32,9 +32,9 @@ ApplicationWindow {
                 anchors.margins: 20
                 spacing: 6
                 Repeater {
-                    model: [["Device", Brevanti.currentDevice, "not registered yet"],
-                            ["User", Brevanti.currentUser, "nobody signed in"],
-                            ["Push token", Brevanti.currentDeviceToken, "none: push not enabled"]]
+                    model: [["Device", Brevanti.deviceId, "not registered yet"],
+                            ["User", Brevanti.user, "nobody signed in"],
+                            ["Push token", Brevanti.pushToken, "none: push not enabled"]]
                     ColumnLayout {
                         required property var modelData
                         Layout.fillWidth: true
@@ -56,7 +56,7 @@ ApplicationWindow {
                 Button {
                     Layout.fillWidth: true
                     text: "Ask for notifications"
-                    onClicked: Brevanti.requestCustomPreferences()
+                    onClicked: BVTNotify.requestCustomPreferences()
                 }
                 Button {
                     Layout.fillWidth: true
@@ -66,7 +66,7 @@ ApplicationWindow {
                 Button {
                     Layout.fillWidth: true
                     text: "Sign in as " + window.user
-                    onClicked: Brevanti.client.assignDeviceToUser(window.user)
+                    onClicked: Brevanti.assignDeviceToUser(window.user)
                 }
             }
         }

@@ -6,16 +6,16 @@ import Brevanti
 // The permission card over the dimmed window, the widget card's look and buttons: Keep Me Updated
 // closes it and asks for push permission once it has gone, Customize Notifications shows the
 // preferences inside it under a bar whose Done closes it, No Thanks closes it.
-// It emits ended(outcome) with how it ended, a Client.CardOutcome.
+// It emits ended(outcome) with how it ended, one of the client Brevanti's CardOutcome values.
 // Its texts are translated in this file's context, PermissionCard, but for the bar's, which are the
 // preferences page's, in the context PreferencesPage, as the widget screens do.
 Popup {
     id: card
 
-    property color color: Brevanti.defaultNotificationColor
+    property color color: BVTNotify.defaultNotificationColor
     property var icon // passed on only: the card draws its mark in the colour, as the widget card
-    property string header: Brevanti.defaultNotificationHeader
-    property string subHeader: Brevanti.defaultNotificationSubHeader
+    property string header: BVTNotify.defaultNotificationHeader
+    property string subHeader: BVTNotify.defaultNotificationSubHeader
     property bool customizing: false
     readonly property int permissionDelay: 100 // lets the card leave before the system prompt
     readonly property bool landscape: parent ? parent.width > parent.height : false
@@ -103,8 +103,8 @@ Popup {
                 }
                 onClicked: {
                     card.close()
-                    Brevanti.requestPushPermissions(card.permissionDelay)
-                    card.ended(Client.CardKeptUpdated)
+                    BVTNotify.requestPushPermissions(card.permissionDelay)
+                    card.ended(Brevanti.CardKeptUpdated)
                 }
             }
             Button {
@@ -144,7 +144,7 @@ Popup {
                 background: null
                 onClicked: {
                     card.close()
-                    card.ended(Client.CardDeclined)
+                    card.ended(Brevanti.CardDeclined)
                 }
             }
         }
@@ -178,7 +178,7 @@ Popup {
                 background: null
                 onClicked: {
                     card.close()
-                    card.ended(Client.CardCustomized)
+                    card.ended(Brevanti.CardCustomized)
                 }
             }
         }

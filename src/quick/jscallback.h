@@ -2,9 +2,10 @@
 
 #include <Brevanti/BVTTypes.h>
 
+#include <QJSEngine>
 #include <QJSValue>
 
-class QJSEngine;
+#include <stdexcept>
 
 namespace bvt::quick {
 
@@ -16,5 +17,17 @@ BVTSuccessBlock successCallback(const QObject *context, QJSEngine *engine,
                                 const QJSValue &callback);
 BVTFailureBlock failureCallback(const QObject *context, QJSEngine *engine,
                                 const QJSValue &callback);
+
+// Makes a described call that may refuse its argument: an exception must not cross the QML engine,
+// so the caller gets it as a JavaScript error.
+template<typename Call>
+void refusable(QJSEngine *engine, Call &&call)
+{
+    try {
+        call();
+    } catch (const std::invalid_argument &error) {
+        engine->throwError(QString::fromUtf8(error.what()));
+    }
+}
 
 } // namespace bvt::quick

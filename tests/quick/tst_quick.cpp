@@ -1,5 +1,5 @@
 // The QML module in a QGuiApplication host: the widget screens that show nothing there,
-// `import Brevanti`, the singleton's properties and callbacks (and a C++ host's, tied to its
+// `import Brevanti`, the singletons' properties and callbacks (and a C++ host's, tied to its
 // objects), the preferences model under a sectioned ListView, and the permission card in a Qt
 // Quick window, against the local service and the stand-in operating system.
 #include "localservice.h"
@@ -20,18 +20,18 @@ Q_IMPORT_QML_PLUGIN(BrevantiPlugin)
 
 namespace {
 
-// A host's page in miniature: bindings to the singleton, the model in a sectioned list whose rows
-// read "section:categoryKey:preferenceName:preferenceKey:enabled", and run(code), which runs a
-// page's code with Brevanti, the page and the test (test.record) in scope.
+// A host's page in miniature: bindings to the singleton BVT, the model in a sectioned list whose
+// rows read "section:categoryKey:preferenceName:preferenceKey:enabled", and run(code), which runs a
+// page's code with Brevanti, BVT, BVTNotify, the page and the test (test.record) in scope.
 const QByteArray page = R"(
 import QtQuick
 import Brevanti
 ListView {
     id: page
     required property QtObject test
-    property string currentDevice: Brevanti.currentDevice
-    property string currentUser: Brevanti.currentUser
-    property string currentDeviceToken: Brevanti.currentDeviceToken
+    property string currentDevice: BVT.currentDevice
+    property string currentUser: BVT.currentUser
+    property string currentDeviceToken: BVT.currentDeviceToken
     height: 1000
     model: PreferencesModel {}
     section.property: "categoryName"
@@ -41,7 +41,10 @@ ListView {
                                 model.preferenceKey, model.enabled].join(":")
     }
 
-    function run(code) { return Function("Brevanti", "page", "test", code)(Brevanti, page, test) }
+    function run(code) {
+        return Function("Brevanti", "BVT", "BVTNotify", "page", "test", code)(
+                    Brevanti, BVT, BVTNotify, page, test)
+    }
     function rows() {
         forceLayout()
         return Array.from({length: count}, (_, row) => itemAtIndex(row).shown)
@@ -118,9 +121,11 @@ private Q_SLOTS:
 
     void launchShowsTheDevice()
     {
-        const QString start = R"(Brevanti.initWithLaunchOptions({}, "test-client", "test-secret"))";
+        const QString start = R"(BVT.initWithLaunchOptions({}, "test-client", "test-secret"))";
         const QString deviceKey = QStringLiteral("com.brevanti.ios.BVTDeviceId");
-        QSignalSpy changes(singleton(), SIGNAL(currentDeviceChanged()));
+        QCOMPARE(run("return Brevanti").value<QObject *>(),
+                 bvt::Client::instance()); // the client itself
+        QSignalSpy changes(bvtSingleton(), SIGNAL(currentDeviceChanged()));
         QSettings().setValue(deviceKey, "earlier");
         run(start); // a later launch: shown at once
         QCOMPARE(changes.count(), 1);
@@ -146,16 +151,16 @@ private Q_SLOTS:
         };
         const char *user = "currentUser", *token = "currentDeviceToken";
         // In this order: each row starts where the one before ended.
-        row("assigned", R"(Brevanti.assignDeviceToUser("reader"))", user, "reader", 1);
-        row("unassigned", "Brevanti.unassignDevice()", user, "", 1);
+        row("assigned", R"(BVT.assignDeviceToUser("reader"))", user, "reader", 1);
+        row("unassigned", "BVT.unassignDevice()", user, "", 1);
         row("refused: a JS error",
-            "try { Brevanti.assignDeviceToUser(null) } catch (e) { test.record(e.message) }", user,
-            "", 0);
-        row("token accepted", R"(Brevanti.enableDevice("CAFE"))", token, "CAFE", 1);
-        row("token set", R"(Brevanti.setCurrentDeviceToken("BEEF"))", token, "BEEF", 1);
-        row("same token again", R"(Brevanti.setCurrentDeviceToken("BEEF"))", token, "BEEF", 0);
+            "try { BVT.assignDeviceToUser(null) } catch (e) { test.record(e.message) }", user, "",
+            0);
+        row("token accepted", R"(BVTNotify.enableDevice("CAFE"))", token, "CAFE", 1);
+        row("token set", R"(BVT.setCurrentDeviceToken("BEEF"))", token, "BEEF", 1);
+        row("same token again", R"(BVT.setCurrentDeviceToken("BEEF"))", token, "BEEF", 0);
         // The client's calls, whose replies QML reads when they finish: the error is recorded.
-        const QString call = "const reply = Brevanti.client.%1\n"
+        const QString call = "const reply = Brevanti.%1\n"
                              "reply.finished.connect(() => test.record(reply.error))";
         row("client: refused", call.arg("assignDeviceToUser(null)"), user, "", 0);
         row("client: assigned", call.arg(R"(assignDeviceToUser("client-reader"))"), user,
@@ -169,7 +174,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, property);
 
         m_recorded.clear();
-        QSignalSpy spy(singleton(), "2" + property + "Changed()");
+        QSignalSpy spy(bvtSingleton(), "2" + property + "Changed()");
         run(code);
         QVERIFY(m_local->settledExchanges() >= 0);
         QTEST(int(spy.count()), "changes");
@@ -203,7 +208,7 @@ private Q_SLOTS:
         m_local->reset();
         m_recorded.clear();
         m_local->service().setFault("GET", "/echo", fault);
-        run(R"(Brevanti.getUrl("/echo", {device: {uuid: "a b"}},
+        run(R"(BVT.getUrl("/echo", {device: {uuid: "a b"}},
                                answer => test.record(answer.query["device[uuid]"]), test.record))");
         // A C++ host's callbacks tied to its screen, which closes with the engine. They use the
         // screen as a host's lambda uses `this`: run after the delete, AddressSanitizer objects.
@@ -302,13 +307,13 @@ private Q_SLOTS:
                             const QVariantList &outcomes, const QStringList &asked = {}) {
             QTest::newRow(name) << call << asked << german << outcomes;
         };
-        const QString request = "Brevanti.requestCustomPreferences()";
+        const QString request = "BVTNotify.requestCustomPreferences()";
         row("Keep Me Updated", request, false, {Client::CardKeptUpdated, Client::CardNotShown},
             {"settings:7", "remote"});
         row("Customize Notifications", QString(), false, {Client::CardCustomized});
-        row("No Thanks", R"(Brevanti.requestCustomPreferencesWithColor("red"))", false,
+        row("No Thanks", R"(BVTNotify.requestCustomPreferencesWithColor("red"))", false,
             {Client::CardDeclined});
-        row("Mitteilungen anpassen", "Brevanti.client.requestCustomPreferences()", true,
+        row("Mitteilungen anpassen", "Brevanti.requestCustomPreferences()", true,
             {Client::CardCustomized});
     }
 
@@ -394,7 +399,7 @@ private:
         return result;
     }
 
-    QObject *singleton() { return run("return Brevanti").value<QObject *>(); }
+    QObject *bvtSingleton() { return run("return BVT").value<QObject *>(); }
     QObject *model() const { return m_page->property("model").value<QObject *>(); }
 
     std::unique_ptr<LocalService> m_local;

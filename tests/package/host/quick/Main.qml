@@ -11,7 +11,7 @@ Window {
     width: 375
     height: 667
     visible: true
-    Component.onCompleted: Brevanti.window = window // makes the singleton, which shows the card
+    Component.onCompleted: BVTNotify.window = window // the card shows here
 
     property int step: 0
     property real stepStarted: Date.now()
@@ -43,7 +43,7 @@ Window {
     }
 
     readonly property var steps: [
-        ["the device to be registered", () => Brevanti.currentDevice !== ""],
+        ["the device to be registered", () => Brevanti.deviceId !== ""],
         ["the Customize Notifications button", () => tap("Customize Notifications")],
         ["a switch", () => {
             const toggle = firstSwitch()
@@ -57,7 +57,7 @@ Window {
         ["the service to read the flip", () => {
             if (!asking) {
                 asking = true
-                Brevanti.getPreferences(document => { asking = false; flipped.seen = readsFlip(document) })
+                BVTNotify.getPreferences(document => { asking = false; flipped.seen = readsFlip(document) })
             }
             return flipped.seen === true
         }],
@@ -67,7 +67,7 @@ Window {
             Brevanti.assignDeviceToUser("user-42")
             return true
         }],
-        ["the user to be signed in", () => Brevanti.currentUser === "user-42"],
+        ["the user to be signed in", () => Brevanti.user === "user-42"],
     ]
 
     Timer {

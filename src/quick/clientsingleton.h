@@ -1,0 +1,37 @@
+#pragma once
+
+#include <Brevanti/Client.h>
+#include <Brevanti/Reply.h>
+
+#include <QtQml/qqml.h>
+#include <QtQml/qqmlregistration.h>
+
+class QJSEngine;
+class QQmlEngine;
+
+namespace bvt::quick {
+
+// The singleton Brevanti is the library's one client: its properties, its calls that return
+// replies, the card's outcome. Once an engine made it, the permission card that
+// BVTNotify::requestCustomPreferences asks for in a host without Qt Widgets shows in that engine's
+// window.
+struct ClientSingleton
+{
+    Q_GADGET
+    QML_FOREIGN(bvt::Client)
+    QML_NAMED_ELEMENT(Brevanti)
+    QML_SINGLETON
+public:
+    static Client *create(QQmlEngine *qmlEngine, QJSEngine *engine);
+};
+
+// Replies, as QML sees them: made by the client's calls, never by QML.
+struct ReplyForeign
+{
+    Q_GADGET
+    QML_FOREIGN(bvt::Reply)
+    QML_NAMED_ELEMENT(Reply)
+    QML_UNCREATABLE("Replies come from the calls of Brevanti, the library's client.")
+};
+
+} // namespace bvt::quick
