@@ -196,6 +196,8 @@ private Q_SLOTS:
         QCOMPARE(hooks, "root:load root:will root:did ");
         QTEST(m_phone->frameOf(m_root->view()), "page");
         auto *second = new Probe(QStringLiteral("second"));
+        QCOMPARE(Probe("loose").view()->size(),
+                 screen); // the screen's, until a container places it
         hooks.clear();
         nav->pushViewController(second, true);
         QCOMPARE(hooks, "second:load second:will second:did ");

@@ -112,7 +112,8 @@ private Q_SLOTS:
         QCOMPARE(request->title(), "Notifications");
         QCOMPARE(request->headerLabel()->text(), header);
         QCOMPARE(request->subheaderLabel()->text(), subHeader);
-        QVERIFY(request->alertIcon()->pixmap().isNull());         // an icon given is not shown
+        QVERIFY(request->alertIcon()->pixmap().isNull()); // an icon given is not shown
+        QCOMPARE(BVTNotify::defaultNotificationIcon().size(), QSize(8, 8)); // from the resources
         QCOMPARE(request->contentSizeInPopup(), QSize(345, 460)); // from the 375 x 667 screen
         QCOMPARE(request->landscapeContentSizeInPopup(), QSize(637, 340));
         QCOMPARE(Request().popupHeader(), BVTNotify::defaultNotificationHeader());
