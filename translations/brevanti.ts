@@ -2,6 +2,13 @@
 <!DOCTYPE TS>
 <TS version="2.1" sourcelanguage="en">
 <context>
+    <name>NavigationBar</name>
+    <message>
+        <source>Back</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>PermissionCard</name>
     <message>
         <source>Keep Me Updated</source>

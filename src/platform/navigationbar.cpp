@@ -1,5 +1,6 @@
 #include <Brevanti/platform/NavigationBar.h>
 
+#include <QCoreApplication>
 #include <QLabel>
 #include <QPainter>
 #include <QToolButton>
@@ -18,11 +19,16 @@ void setTextColor(QWidget *widget, const QColor &color)
     widget->setPalette(palette);
 }
 
-// The title is centred on the whole bar, so it keeps clear of the button on both sides.
-void placeBarChildren(const QSize &size, QLabel *title, QToolButton *right)
+// The title is centred on the whole bar, so it keeps clear of the wider button on both sides.
+void placeBarChildren(const QSize &size, QLabel *title, QToolButton *back, QToolButton *right)
 {
-    const int buttonWidth = right->isHidden() ? 0 : right->sizeHint().width();
-    right->setGeometry(size.width() - sideMargin - buttonWidth, 0, buttonWidth, size.height());
+    const auto widthOf = [](QToolButton *button) {
+        return button->isHidden() ? 0 : button->sizeHint().width();
+    };
+    back->setGeometry(sideMargin, 0, widthOf(back), size.height());
+    right->setGeometry(size.width() - sideMargin - widthOf(right), 0, widthOf(right),
+                       size.height());
+    const int buttonWidth = qMax(widthOf(back), widthOf(right));
     const int inset = sideMargin + buttonWidth + (buttonWidth ? sideMargin : 0);
     title->setGeometry(inset, 0, qMax(0, size.width() - 2 * inset), size.height());
 }
@@ -32,9 +38,14 @@ void placeBarChildren(const QSize &size, QLabel *title, QToolButton *right)
 class NavigationBar::Private
 {
 public:
-    explicit Private(NavigationBar *bar) : title(new QLabel(bar)), right(new QToolButton(bar)) { }
+    explicit Private(NavigationBar *bar)
+        : title(new QLabel(bar)), back(new QToolButton(bar)), right(new QToolButton(bar))
+    { }
+
+    void place(const QSize &size) { placeBarChildren(size, title, back, right); }
 
     QLabel *const title;
+    QToolButton *const back;
     QToolButton *const right;
     QColor barTint = Qt::white;
 };
@@ -49,6 +60,8 @@ NavigationBar::NavigationBar(QWidget *parent) : QWidget(parent), d(std::make_uni
     d->title->setAlignment(Qt::AlignCenter);
     d->right->setAutoRaise(true);
     d->right->hide();
+    d->back->setAutoRaise(true);
+    d->back->hide();
     setTintColor(QColor::fromRgbF(0, 0.48f, 1));
 }
 
@@ -66,11 +79,10 @@ void NavigationBar::setItem(const NavigationItem &item)
     if (action && action != previous) {
         d->right->setDefaultAction(action);
         // A new text changes the button's width.
-        connect(action, &QAction::changed, this,
-                [this] { placeBarChildren(size(), d->title, d->right); });
+        connect(action, &QAction::changed, this, [this] { d->place(size()); });
     }
     d->right->setVisible(action != nullptr);
-    placeBarChildren(size(), d->title, d->right);
+    d->place(size());
 }
 
 QString NavigationBar::title() const
@@ -83,6 +95,20 @@ QToolButton *NavigationBar::rightButton() const
     return d->right;
 }
 
+void NavigationBar::setBackTitle(const QString &title)
+{
+    d->back->setText(
+            QStringLiteral("\u2039 ")
+            + (title.isEmpty() ? QCoreApplication::translate("NavigationBar", "Back") : title));
+    d->back->setVisible(!title.isNull());
+    d->place(size());
+}
+
+QToolButton *NavigationBar::backButton() const
+{
+    return d->back;
+}
+
 void NavigationBar::setBarTintColor(const QColor &color)
 {
     d->barTint = color;
@@ -92,6 +118,7 @@ void NavigationBar::setBarTintColor(const QColor &color)
 void NavigationBar::setTintColor(const QColor &color)
 {
     setTextColor(d->right, color);
+    setTextColor(d->back, color);
 }
 
 void NavigationBar::setTitleFont(const QFont &font)
@@ -113,7 +140,7 @@ void NavigationBar::paintEvent(QPaintEvent *)
 
 void NavigationBar::resizeEvent(QResizeEvent *)
 {
-    placeBarChildren(size(), d->title, d->right);
+    d->place(size());
 }
 
 } // namespace bvt

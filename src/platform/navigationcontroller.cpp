@@ -2,10 +2,39 @@
 
 #include "platform/controllerstack.h"
 
+#include <QKeyEvent>
 #include <QStackedWidget>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace bvt {
+
+namespace {
+
+// Escape and the phone's back key pop the stack, as the bar's back button does.
+class BackKeys : public QObject
+{
+public:
+    BackKeys(NavigationController *navigation) : QObject(navigation), m_navigation(navigation) { }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::KeyPress && m_navigation->viewControllers().size() > 1) {
+            const int key = static_cast<QKeyEvent *>(event)->key();
+            if (key == Qt::Key_Escape || key == Qt::Key_Back) {
+                m_navigation->goBack();
+                return true;
+            }
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    NavigationController *m_navigation;
+};
+
+} // namespace
 
 class NavigationController::Private
 {
@@ -62,6 +91,13 @@ ViewController *NavigationController::popViewControllerAnimated(bool animated)
     return popped;
 }
 
+void NavigationController::goBack()
+{
+    // Popped by the user, the controller is done with, as the phone releases it.
+    if (ViewController *popped = popViewControllerAnimated(true))
+        popped->deleteLater();
+}
+
 void NavigationController::viewWillAppear(bool animated)
 {
     if (ViewController *top = topViewController())
@@ -81,6 +117,8 @@ void NavigationController::loadView()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     d->bar = new NavigationBar(view);
+    connect(d->bar->backButton(), &QToolButton::clicked, this, &NavigationController::goBack);
+    view->installEventFilter(new BackKeys(this));
     d->pages = new QStackedWidget(view);
     layout->addWidget(d->bar);
     layout->addWidget(d->pages, 1);
@@ -101,6 +139,13 @@ void NavigationController::showTop(bool animated)
     top->view()->setGeometry(d->pages->contentsRect());
     d->controllers.showTop(animated, view()->isVisible(),
                            [this](QWidget *page) { d->pages->setCurrentWidget(page); });
+    // Back to the controller below, named by its title, while there is one.
+    const QList<ViewController *> stack = viewControllers();
+    QString back; // null: no back button
+    if (stack.size() > 1)
+        back = stack.at(stack.size() - 2)->title().isNull() ? QStringLiteral("")
+                                                            : stack.at(stack.size() - 2)->title();
+    d->bar->setBackTitle(back);
 }
 
 } // namespace bvt

@@ -235,6 +235,35 @@ private Q_SLOTS:
         QVERIFY(m_root->view()->isVisible() && nav->navigationBar()->title() == "root");
     }
 
+    void backNavigation_data()
+    {
+        QTest::addColumn<int>("key"); // 0: the bar's back button
+        QTest::addColumn<QString>("rootTitle");
+        QTest::newRow("back button") << 0 << "root";
+        QTest::newRow("Escape, untitled root") << int(Qt::Key_Escape) << QString();
+        QTest::newRow("back key") << int(Qt::Key_Back) << "root";
+    }
+
+    // Back leads to the controller below and lets the popped one go; a stack of one has no back.
+    void backNavigation()
+    {
+        QFETCH(int, key);
+        QFETCH(QString, rootTitle);
+        m_root->setTitle(rootTitle);
+        NavigationController *nav = m_phone->navigation();
+        QToolButton *back = nav->navigationBar()->backButton();
+        QVERIFY(!back->isVisible());
+        QPointer<Probe> second = new Probe(QStringLiteral("second"));
+        nav->pushViewController(second, true);
+        QVERIFY(back->isVisible());
+        QCOMPARE(back->text(), "\u2039 " + (rootTitle.isNull() ? "Back" : rootTitle));
+        for (int press = 0; press < 2; ++press) // the second finds a stack of one
+            key ? QTest::keyClick(nav->view(), Qt::Key(key)) : back->click();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!second && nav->viewControllers() == QList<ViewController *>{m_root});
+        QVERIFY(!back->isVisible() && m_root->view()->isVisible());
+    }
+
     void tabsShowTheSelectedController()
     {
         auto *tabs = new TabBarController;

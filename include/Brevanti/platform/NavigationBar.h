@@ -33,6 +33,10 @@ public:
     /// The title shown.
     QString title() const;
     QToolButton *rightButton() const; ///< hidden when the item has none
+    /// The back button on the left: a chevron and title, which is the previous controller's title,
+    /// or "Back" when it has none; a null title hides it.
+    void setBackTitle(const QString &title);
+    QToolButton *backButton() const; ///< hidden until setBackTitle gives it a title
 
     void setBarTintColor(const QColor &color); ///< background
     void setTintColor(const QColor &color);    ///< button text

@@ -37,6 +37,9 @@ public:
     void pushViewController(ViewController *controller, bool animated);
     /// The one popped, now owned by the caller; never the root, so null below two controllers.
     ViewController *popViewControllerAnimated(bool animated);
+    /// Pops the top controller, as the bar's back button, Escape and the phone's back key do while
+    /// more than one is on the stack, and deletes it later.
+    void goBack();
 
     void viewWillAppear(bool animated) override; ///< passed on to the top controller
     void viewDidAppear(bool animated) override;  ///< passed on to the top controller
