@@ -444,6 +444,7 @@ private Q_SLOTS:
         QCOMPARE(QDir(QFileInfo(file).path()).entryList(QDir::Files | QDir::Hidden),
                  QStringList{QFileInfo(file).fileName()});
         QVERIFY(filler.remove());
+        QVERIFY(bvt::UserDefaults::standardUserDefaults().synchronize()); // what was pending
         m_manager->setBVTUserId("user-2"); // also writes the token still pending
         const QByteArray after = contents();
         QVERIFY(after.contains("user-2") && after.contains("BB")

@@ -232,7 +232,8 @@ private Q_SLOTS:
         view = second->view();
         delete second;
         QVERIFY(!view && nav->viewControllers() == QList<ViewController *>{m_root});
-        QVERIFY(m_root->view()->isVisible() && nav->navigationBar()->title() == "root");
+        QVERIFY(m_root->view()->isVisible() && nav->navigationBar()->title() == "root"
+                && !nav->navigationBar()->backButton()->isVisible());
     }
 
     void backNavigation_data()

@@ -291,6 +291,10 @@ private Q_SLOTS:
         QCOMPARE(cell->selectionStyle(), bvt::TableViewCell::SelectionStyle::None);
         QCOMPARE(switchOf(cell)->accessibleName(), "Preference 0.0");
         QCOMPARE(switchOf(cell)->onTintColor(), QColor::fromRgbF(0.6f, 0.85f, 0.38f));
+        const QLabel *name = cell->findChild<QLabel *>();
+        QVERIFY(name->geometry() == QRect(15, 0, 220, 60)
+                && name->palette().color(QPalette::WindowText)
+                        == QColor::fromRgbF(0.26f, 0.26f, 0.26f));
 
         // Selecting a row leaves no row selected and the switch as it was.
         QTest::mouseClick(cell, Qt::LeftButton, {}, QPoint(100, 30));
