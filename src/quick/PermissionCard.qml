@@ -23,6 +23,9 @@ Popup {
 
     signal ended(int outcome)
 
+    // Embedded and opened again, it shows its buttons again.
+    onClosed: customizing = false
+
     parent: Overlay.overlay
     anchors.centerIn: parent
     width: parent ? parent.width - 30 : 0

@@ -317,6 +317,20 @@ private Q_SLOTS:
             {Client::CardCustomized});
     }
 
+    // A host's own card, closed while customizing, opens again on its buttons.
+    void embeddedCardReopensOnItsButtons()
+    {
+        QQuickWindow window;
+        QQmlComponent component(m_engine.get());
+        component.setData("import Brevanti\nPermissionCard {}", QUrl());
+        const std::unique_ptr<QObject> card(component.createWithInitialProperties(
+                {{"parent", QVariant::fromValue(window.contentItem())}}));
+        QVERIFY(QMetaObject::invokeMethod(card.get(), "open"));
+        card->setProperty("customizing", true);
+        QVERIFY(QMetaObject::invokeMethod(card.get(), "close"));
+        QTRY_VERIFY(!card->property("customizing").toBool());
+    }
+
     void cardButtons()
     {
         QFETCH(QString, call);
