@@ -3,7 +3,7 @@
 #include "client/callwitness.h"
 #include "client/replyprivate.h"
 #include "core/identifierevents.h"
-#include "device/facade.h"
+#include "client/facade.h"
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
