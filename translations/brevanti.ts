@@ -41,5 +41,17 @@
         <source>Done</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>The notification settings could not be loaded.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There are no notification settings.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Try Again</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 </TS>

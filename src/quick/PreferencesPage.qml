@@ -2,10 +2,12 @@ import QtQuick
 import QtQuick.Controls
 import Brevanti
 
-// The preferences screen: the user's preferences under their categories' headers, one switch each,
-// the widget screen's look. Every appearance fetches the document again and appends it, as the
-// widget screen does.
-Item {
+// The preferences screen as a page titled "Notifications": the user's preferences under their
+// categories' headers, one switch each, the widget screen's look. Every appearance fetches the
+// document again and shows it in place of the one before; while it comes a busy indicator turns,
+// a fetch that fails (or gets no access token) shows why with a button to try again, and a
+// document without preferences says so.
+Page {
     id: page
 
     readonly property PreferencesModel model: preferences
@@ -17,13 +19,16 @@ Item {
     readonly property int rowHeight: 60
     readonly property int headerHeight: 50
 
+    title: qsTr("Notifications")
     Component.onCompleted: if (visible) preferences.load()
     onVisibleChanged: if (visible) preferences.load()
 
-    PreferencesModel { id: preferences }
+    PreferencesModel {
+        id: preferences
+        replacesOnLoad: true
+    }
 
-    Rectangle {
-        anchors.fill: parent
+    background: Rectangle {
         color: "white"
     }
 
@@ -115,5 +120,28 @@ Item {
         visible: running
         x: (page.width - width) / 2
         y: 62 - height / 2
+    }
+
+    Column {
+        objectName: "preferencesMessage"
+        visible: !preferences.loading && list.count === 0
+        anchors.centerIn: parent
+        width: parent.width - 40
+        spacing: 12
+        Label {
+            width: parent.width
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.Wrap
+            color: page.cellTextColor
+            text: preferences.errorString !== ""
+                  ? qsTr("The notification settings could not be loaded.")
+                  : qsTr("There are no notification settings.")
+        }
+        Button {
+            visible: preferences.errorString !== ""
+            anchors.horizontalCenter: parent.horizontalCenter
+            text: qsTr("Try Again")
+            onClicked: preferences.load()
+        }
     }
 }

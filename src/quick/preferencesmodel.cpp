@@ -4,8 +4,8 @@
 #include "core/logging.h"
 #include "notify/preferenceswitch.h"
 
-#include <Brevanti/BVT.h>
-#include <Brevanti/BVTNotify.h>
+#include <Brevanti/Client.h>
+#include <Brevanti/Reply.h>
 
 namespace bvt::quick {
 
@@ -51,23 +51,29 @@ bool PreferencesModel::loading() const
     return m_fetches > 0;
 }
 
-void PreferencesModel::load()
+QString PreferencesModel::errorString() const
 {
-    // Without a device the call only logs, and no callback ever comes.
-    if (!BVT::currentDevice().isNull() && m_fetches++ == 0)
-        Q_EMIT loadingChanged();
-    BVTNotify::getPreferences(tiedTo(this,
-                                     [this](const QVariant &document) {
-                                         append(document.toList());
-                                         fetchEnded();
-                                     }),
-                              tiedTo(this, [this](const QString &error) {
-                                  log("Preferences Error... ERROR: %@", error);
-                                  fetchEnded();
-                              }));
+    return m_error;
 }
 
-void PreferencesModel::append(const QVariantList &document)
+void PreferencesModel::load()
+{
+    if (m_fetches++ == 0)
+        Q_EMIT loadingChanged();
+    // The client's reply ends every fetch, also one that sends nothing or gets no token.
+    Client::instance()->fetchPreferences()->then(this, [this](Reply *reply) {
+        if (reply->error() == Reply::NoError) {
+            take(reply->answer().toList());
+            return fetchEnded(QString());
+        }
+        if (reply->error() == Reply::HttpStatusError || reply->error() == Reply::NetworkError
+            || reply->error() == Reply::InvalidAnswerError)
+            log("Preferences Error... ERROR: %@", reply->answerText());
+        fetchEnded(reply->errorString());
+    });
+}
+
+void PreferencesModel::take(const QVariantList &document)
 {
     PreferenceDocument read;
     read.append(document);
@@ -76,15 +82,23 @@ void PreferencesModel::append(const QVariantList &document)
         for (const Preference &preference : category.preferences)
             rows.append({category.name, category.key, preference});
     }
-    if (rows.isEmpty())
-        return;
-    beginInsertRows(QModelIndex(), int(m_rows.size()), int(m_rows.size() + rows.size() - 1));
-    m_rows.append(rows);
-    endInsertRows();
+    if (m_replaces) {
+        beginResetModel();
+        m_rows = rows;
+        endResetModel();
+    } else if (!rows.isEmpty()) {
+        beginInsertRows(QModelIndex(), int(m_rows.size()), int(m_rows.size() + rows.size() - 1));
+        m_rows.append(rows);
+        endInsertRows();
+    }
 }
 
-void PreferencesModel::fetchEnded()
+void PreferencesModel::fetchEnded(const QString &error)
 {
+    if (m_error != error) {
+        m_error = error;
+        Q_EMIT errorStringChanged();
+    }
     if (--m_fetches == 0)
         Q_EMIT loadingChanged();
 }

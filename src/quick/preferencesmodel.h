@@ -10,14 +10,19 @@ namespace bvt::quick {
 // The user's preference document as a list for QML, read as the preferences screen reads it: one
 // row per preference in the document's order, each naming its category, so that a view groups
 // them with section.property: "categoryName". Every load appends the fetched document behind the
-// rows already there, as the screen does on each appearance; a category without preferences has
-// no row. setEnabled is the flip of a row's switch, with what the screen's switch sends.
+// rows already there, as the screen does on each appearance, unless replacesOnLoad; a category
+// without preferences has no row. setEnabled is the flip of a row's switch, with what the screen's
+// switch sends.
 class PreferencesModel : public QAbstractListModel
 {
     Q_OBJECT
     QML_ELEMENT
-    // While a fetch is under way. A fetch that can get no access token never ends.
+    // While a fetch is under way; every fetch ends, also without a device or an access token.
     Q_PROPERTY(bool loading READ loading NOTIFY loadingChanged)
+    // Why the last fetch failed; empty once one succeeded.
+    Q_PROPERTY(QString errorString READ errorString NOTIFY errorStringChanged)
+    // A fetched document replaces the rows instead of being appended to them.
+    Q_PROPERTY(bool replacesOnLoad MEMBER m_replaces NOTIFY replacesOnLoadChanged)
 
 public:
     enum Role {
@@ -35,8 +40,10 @@ public:
     QHash<int, QByteArray> roleNames() const override;
 
     bool loading() const;
+    QString errorString() const;
 
-    // Fetches the document and appends it; a failure is logged and adds nothing.
+    // Fetches the document and appends it (or replaces the rows with it); a failure is logged, kept
+    // as errorString, and changes no row.
     Q_INVOKABLE void load();
     // Sends the row's new position and keeps it, whatever the service answers; a row that is
     // already there sends nothing.
@@ -44,6 +51,8 @@ public:
 
 Q_SIGNALS:
     void loadingChanged();
+    void errorStringChanged();
+    void replacesOnLoadChanged();
 
 private:
     struct Row
@@ -53,11 +62,13 @@ private:
         Preference preference;
     };
 
-    void append(const QVariantList &document);
-    void fetchEnded();
+    void take(const QVariantList &document);
+    void fetchEnded(const QString &error);
 
     QList<Row> m_rows;
     int m_fetches = 0; // under way
+    QString m_error;
+    bool m_replaces = false;
 };
 
 } // namespace bvt::quick

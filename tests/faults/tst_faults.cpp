@@ -374,8 +374,7 @@ private Q_SLOTS:
         // The outcomes are queued, not delivered from inside the host's delete.
         QTRY_COMPARE_WITH_TIMEOUT(texts.size() + noToken(), count, 2000);
         QCOMPARE(answers, 0);
-        QCOMPARE(noToken(), duringToken ? count : 0);
-        QCOMPARE(texts.size(), duringToken ? 0 : count);
+        QCOMPARE(noToken(), duringToken ? count : 0); // and the texts the other calls
         QVERIFY(std::all_of(texts.cbegin(), texts.cend(),
                             [](const QString &t) { return t.isNull(); }));
     }

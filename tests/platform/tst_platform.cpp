@@ -283,9 +283,8 @@ private Q_SLOTS:
         auto *bar = tabs->view()->findChild<QTabBar *>();
         QCOMPARE(bar->tabText(2), "third");
         tabs->setSelectedIndex(2);
-        QVERIFY(shown() == "--x" && bar->currentIndex() == 2);
         tabs->setSelectedIndex(3); // no such tab
-        QCOMPARE(tabs->selectedIndex(), 2);
+        QVERIFY(shown() == "--x" && bar->currentIndex() == 2 && tabs->selectedIndex() == 2);
         bar->setCurrentIndex(0); // as a tap on the tab does
         QVERIFY(shown() == "x--" && tabs->selectedIndex() == 0);
     }

@@ -317,17 +317,32 @@ private Q_SLOTS:
             {Client::CardCustomized});
     }
 
+    // The page ends every fetch: a failure offers to try again, and each load replaces the list.
+    void pageShowsFailuresAndReplacesItsList()
+    {
+        m_local->service().setFault("GET", "/preferences", {0, 500, "{}", {}});
+        QQuickWindow window;
+        const std::unique_ptr<QObject> page = make("PreferencesPage", window);
+        QCOMPARE(page->property("title").toString(), "Notifications");
+        auto *model = page->property("model").value<QAbstractItemModel *>();
+        QTRY_VERIFY(!model->property("errorString").toString().isEmpty());
+        m_local->reset();
+        QVERIFY(QMetaObject::invokeMethod(
+                itemsOf(page.get(), "QQuickAbstractButton", "Try Again").value(0), "clicked"));
+        QTRY_COMPARE(model->rowCount(), 3);
+        QVERIFY(QMetaObject::invokeMethod(model, "load")); // as the page does on each appearance
+        QTRY_VERIFY(!model->property("loading").toBool() && model->rowCount() == 3
+                    && model->property("errorString").toString().isEmpty());
+    }
+
     // A host's own card, closed while customizing, opens again on its buttons.
     void embeddedCardReopensOnItsButtons()
     {
         QQuickWindow window;
-        QQmlComponent component(m_engine.get());
-        component.setData("import Brevanti\nPermissionCard {}", QUrl());
-        const std::unique_ptr<QObject> card(component.createWithInitialProperties(
-                {{"parent", QVariant::fromValue(window.contentItem())}}));
-        QVERIFY(QMetaObject::invokeMethod(card.get(), "open"));
-        card->setProperty("customizing", true);
-        QVERIFY(QMetaObject::invokeMethod(card.get(), "close"));
+        const std::unique_ptr<QObject> card = make("PermissionCard", window);
+        QVERIFY(QMetaObject::invokeMethod(card.get(), "open")
+                && card->setProperty("customizing", true)
+                && QMetaObject::invokeMethod(card.get(), "close"));
         QTRY_VERIFY(!card->property("customizing").toBool());
     }
 
@@ -413,6 +428,14 @@ private:
         return result;
     }
 
+    // One of the module's components, made in window as a host embeds it.
+    std::unique_ptr<QObject> make(const QByteArray &type, QQuickWindow &window)
+    {
+        QQmlComponent component(m_engine.get());
+        component.setData("import Brevanti\n" + type + " { width: 375; height: 600 }", QUrl());
+        return std::unique_ptr<QObject>(component.createWithInitialProperties(
+                {{"parent", QVariant::fromValue(window.contentItem())}}));
+    }
     QObject *bvtSingleton() { return run("return BVT").value<QObject *>(); }
     QObject *model() const { return m_page->property("model").value<QObject *>(); }
 
