@@ -42,11 +42,24 @@ public:
         : title(new QLabel(bar)), back(new QToolButton(bar)), right(new QToolButton(bar))
     { }
 
-    void place(const QSize &size) { placeBarChildren(size, title, back, right); }
+    void place(const QSize &size)
+    {
+        // The title keeps its whole width: a back title that would crowd it is cut short.
+        if (!back->isHidden()) {
+            const int room = (size.width() - title->sizeHint().width()) / 2 - 2 * sideMargin;
+            back->setText(backText);
+            const int padding =
+                    back->sizeHint().width() - back->fontMetrics().horizontalAdvance(backText);
+            back->setText(back->fontMetrics().elidedText(backText, Qt::ElideRight,
+                                                         qMax(0, room - padding)));
+        }
+        placeBarChildren(size, title, back, right);
+    }
 
     QLabel *const title;
     QToolButton *const back;
     QToolButton *const right;
+    QString backText; // as it reads when there is room
     QColor barTint = Qt::white;
 };
 
@@ -97,9 +110,8 @@ QToolButton *NavigationBar::rightButton() const
 
 void NavigationBar::setBackTitle(const QString &title)
 {
-    d->back->setText(
-            QStringLiteral("\u2039 ")
-            + (title.isEmpty() ? QCoreApplication::translate("NavigationBar", "Back") : title));
+    d->backText = QStringLiteral("\u2039 ")
+            + (title.isEmpty() ? QCoreApplication::translate("NavigationBar", "Back") : title);
     d->back->setVisible(!title.isNull());
     d->place(size());
 }
