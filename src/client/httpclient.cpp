@@ -20,6 +20,7 @@ namespace {
 QPointer<QNetworkAccessManager> hostManager;
 QPointer<QNetworkAccessManager> builtInManager;
 int exchangeTimeoutMs = HttpClient::defaultTimeoutMs;
+qint64 answerBytesLimit = HttpClient::defaultAnswerLimit;
 
 // Errors of the connection itself, as opposed to the ones Qt derives from an HTTP status, which the
 // status already tells.
@@ -100,10 +101,10 @@ QString headProblem(const QNetworkReply *reply)
                 .arg(QString::fromLatin1(length));
     if (reply->hasRawHeader("Transfer-Encoding"))
         return QStringLiteral("The answer gives both a length and chunks");
-    if (length.size() > 18 || length.toLongLong() > HttpClient::answerLimit)
+    if (length.size() > 18 || length.toLongLong() > HttpClient::answerLimit())
         return QStringLiteral("The answer announces %1 bytes, more than the %2 the library reads")
                 .arg(QString::fromLatin1(length))
-                .arg(HttpClient::answerLimit);
+                .arg(HttpClient::answerLimit());
     return QString();
 }
 
@@ -189,9 +190,9 @@ void HttpClient::send(const HttpRequest &request, const Completion &done)
     });
     QObject::connect(reply, &QIODevice::readyRead, reply, [reply, exchange, refuse] {
         exchange->body += reply->readAll();
-        if (exchange->body.size() > answerLimit)
+        if (exchange->body.size() > answerLimit())
             refuse(QStringLiteral("The answer is larger than the %1 bytes the library reads")
-                           .arg(answerLimit));
+                           .arg(answerLimit()));
     });
     QObject::connect(reply, &QNetworkReply::finished, reply, [reply, exchange] {
         reply->deleteLater();
@@ -238,6 +239,16 @@ void HttpClient::send(const HttpRequest &request, const Completion &done)
                 },
                 Qt::QueuedConnection);
     });
+}
+
+qint64 HttpClient::answerLimit()
+{
+    return answerBytesLimit;
+}
+
+void HttpClient::setAnswerLimit(qint64 bytes)
+{
+    answerBytesLimit = bytes;
 }
 
 int HttpClient::timeoutMs()

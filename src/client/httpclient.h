@@ -36,8 +36,10 @@ public:
 
     static constexpr int defaultTimeoutMs = 60000;
     // The most the library reads of one answer: many times the preference document of a large
-    // account, which is the largest answer the service gives.
-    static constexpr qint64 answerLimit = 16 * 1024 * 1024;
+    // account, which is the largest answer the service gives. Tests lower it.
+    static constexpr qint64 defaultAnswerLimit = 16 * 1024 * 1024;
+    static qint64 answerLimit();
+    static void setAnswerLimit(qint64 bytes);
 
     // How long one exchange may take from sending to the last byte of the answer, however the
     // bytes trickle in; tests shorten it. A call that first fetches a token gives that exchange

@@ -60,6 +60,7 @@ private Q_SLOTS:
         m_nowhere.reset();
         m_untrusted.reset();
         bvt::HttpClient::setTimeoutMs(bvt::HttpClient::defaultTimeoutMs);
+        bvt::HttpClient::setAnswerLimit(bvt::HttpClient::defaultAnswerLimit);
     }
 
     void faultEndsInOneOutcome_data()
@@ -148,6 +149,8 @@ private Q_SLOTS:
         QVERIFY(network);
         if (fault.delayMs > 0 || fault.stallAfterHalf || fault.pace == bvtsim::Pace::Trickle)
             bvt::HttpClient::setTimeoutMs(300); // well under the delay: the answer comes too late
+        if (fault.pace != bvtsim::Pace::Whole)  // passed sooner, to the same effect
+            bvt::HttpClient::setAnswerLimit(256 * 1024);
         LogCapture::clear();
         m_local->service().clearRequests();
 
