@@ -76,13 +76,17 @@ void pace(QTcpSocket *socket, const Reply &reply)
                          });
         timer->start(20);
     } else {
+        // Topped up from a timer while the connection lasts, never faster than the client reads.
         const QByteArray chunk = QByteArray::number(block.size(), 16) + "\r\n" + block + "\r\n";
-        const auto more = [socket, chunk] {
-            while (socket->bytesToWrite() < 4 * chunk.size())
-                socket->write(chunk);
-        };
-        QObject::connect(socket, &QTcpSocket::bytesWritten, socket, more);
-        more();
+        auto *writer = new QTimer(socket);
+        QObject::connect(writer, &QTimer::timeout, socket, [socket, chunk] {
+            while (socket->state() == QAbstractSocket::ConnectedState
+                   && socket->bytesToWrite() < 4 * chunk.size()) {
+                if (socket->write(chunk) != chunk.size())
+                    break;
+            }
+        });
+        writer->start(1);
     }
 }
 
