@@ -42,11 +42,16 @@ const WidgetScreens &widgetScreens()
     return installedWidgetScreens();
 }
 
-bool presentCardWhereShown(const CardRequest &request)
+bool widgetScreensUsable()
 {
     // By name: this library does not link Qt Widgets.
     const QCoreApplication *application = QCoreApplication::instance();
-    if (application && application->inherits("QApplication") && widgetScreens().card) {
+    return application && application->inherits("QApplication") && widgetScreens().card;
+}
+
+bool presentCardWhereShown(const CardRequest &request)
+{
+    if (widgetScreensUsable()) {
         widgetScreens().card(request);
         return true;
     }

@@ -41,6 +41,9 @@ struct WidgetScreens
 BREVANTI_CORE_EXPORT void installWidgetScreens(WidgetScreens screens);
 // Empty members until the Widgets library is loaded.
 BREVANTI_CORE_EXPORT const WidgetScreens &widgetScreens();
+// Whether the widget screens can be shown: the Widgets library is loaded and the application is a
+// QApplication (a widget made without one aborts the process).
+BREVANTI_CORE_EXPORT bool widgetScreensUsable();
 
 // Shows the card where the host can show it: the widget card in a QApplication once the Widgets
 // library is loaded, else the QML card; false when neither can.

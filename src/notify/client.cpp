@@ -1,9 +1,9 @@
 #include <Brevanti/Client.h>
 
 #include "client/callwitness.h"
+#include "client/facade.h"
 #include "client/replyprivate.h"
 #include "core/identifierevents.h"
-#include "client/facade.h"
 
 #include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>

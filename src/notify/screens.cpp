@@ -8,9 +8,10 @@
 #include "core/log.h"
 #include "core/logging.h"
 #include "core/screens.h"
-#include "notify/carddefaults.h"
+#include "notify/permissioncard.h"
 
 #include <QColor>
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QPixmap>
@@ -23,14 +24,18 @@ void sayNothingIsShown()
               "The library's screens need a QApplication (Qt Widgets); nothing is shown");
 }
 
-bool widgetScreensAvailable()
-{
-    const QCoreApplication *application = QCoreApplication::instance();
-    return application && application->inherits("QApplication")
-            && bvt::widgetScreens().openPreferences;
-}
+constexpr char defaultIconName[] = "bvt-alert-icon-default.png";
 
 } // namespace
+
+bool bvt::permissionCardWanted()
+{
+    if (BVT::currentDeviceToken().isNull())
+        return true;
+    log("You have already accepted push notifications!");
+    Q_EMIT Client::instance()->cardFinished(Client::CardNotShown);
+    return false;
+}
 
 void BVTNotify::requestCustomPreferences()
 {
@@ -56,24 +61,17 @@ void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPi
 void BVTNotify::requestCustomPreferencesWithColor(const QColor &color, const QPixmap &icon,
                                                   const QString &header, const QString &subHeader)
 {
-    bvt::Client *client = bvt::Client::instance();
-    // A stored token is the library's only sign that push was accepted already.
-    if (!BVT::currentDeviceToken().isNull()) {
-        bvt::log("You have already accepted push notifications!");
-        Q_EMIT client->cardFinished(bvt::Client::CardNotShown);
-        return;
-    }
-    if (bvt::presentCardWhereShown(
+    if (!bvt::permissionCardWanted()
+        || bvt::presentCardWhereShown(
                 {QVariant::fromValue(color), QVariant::fromValue(icon), header, subHeader}))
         return;
     sayNothingIsShown();
-    Q_EMIT client->cardFinished(bvt::Client::CardNotShown);
+    Q_EMIT bvt::Client::instance()->cardFinished(bvt::Client::CardNotShown);
 }
 
 QColor BVTNotify::defaultNotificationColor()
 {
-    using namespace bvt::carddefaults;
-    return QColor::fromRgbF(red, green, blue, 1.0f);
+    return QColor::fromRgbF(0.23f, 0.36f, 0.59f, 1.0f);
 }
 
 QPixmap BVTNotify::defaultNotificationIcon()
@@ -81,7 +79,7 @@ QPixmap BVTNotify::defaultNotificationIcon()
     // A pixmap made without a QGuiApplication aborts the process.
     if (!QCoreApplication::instance() || !QCoreApplication::instance()->inherits("QGuiApplication"))
         return QPixmap();
-    const QString name = QString::fromLatin1(bvt::carddefaults::iconName);
+    const QString name = QString::fromLatin1(defaultIconName);
     const QString beside = QDir(QCoreApplication::applicationDirPath()).filePath(name);
     for (const QString &path : {QStringLiteral(":/") + name, beside}) {
         if (QFileInfo::exists(path))
@@ -90,19 +88,23 @@ QPixmap BVTNotify::defaultNotificationIcon()
     return QPixmap();
 }
 
+// The defaults' texts go through the host's translators whenever they are asked for, in the context
+// PermissionCard that the QML card's qsTr() uses too; the QML card takes these defaults.
 QString BVTNotify::defaultNotificationHeader()
 {
-    return bvt::carddefaults::header();
+    return QCoreApplication::translate("PermissionCard", "Stay Up To Date");
 }
 
 QString BVTNotify::defaultNotificationSubHeader()
 {
-    return bvt::carddefaults::subHeader();
+    return QCoreApplication::translate(
+            "PermissionCard",
+            "Turn on notifications to make sure you don't miss anything you care about!");
 }
 
 void BVTNotify::openPreferencesWithNavigationController(bvt::NavigationController *navigation)
 {
-    if (widgetScreensAvailable())
+    if (bvt::widgetScreensUsable())
         bvt::widgetScreens().openPreferences(navigation);
     else
         sayNothingIsShown();

@@ -1,12 +1,10 @@
 #include "bvtnotifysingleton.h"
 
-#include "core/log.h"
 #include "core/screens.h"
 #include "jscallback.h"
-#include "notify/carddefaults.h"
+#include "notify/permissioncard.h"
 #include "quickcard.h"
 
-#include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
 #include <Brevanti/Client.h>
 
@@ -28,18 +26,17 @@ BvtNotifySingleton *BvtNotifySingleton::create(QQmlEngine *qmlEngine, QJSEngine 
 
 QColor BvtNotifySingleton::defaultNotificationColor()
 {
-    using namespace carddefaults;
-    return QColor::fromRgbF(red, green, blue, 1.0f);
+    return BVTNotify::defaultNotificationColor();
 }
 
 QString BvtNotifySingleton::defaultNotificationHeader()
 {
-    return carddefaults::header();
+    return BVTNotify::defaultNotificationHeader();
 }
 
 QString BvtNotifySingleton::defaultNotificationSubHeader()
 {
-    return carddefaults::subHeader();
+    return BVTNotify::defaultNotificationSubHeader();
 }
 
 QQuickWindow *BvtNotifySingleton::window() const
@@ -111,13 +108,9 @@ void BvtNotifySingleton::requestCustomPreferencesWithColor(const QVariant &color
                                                            const QString &header,
                                                            const QString &subHeader)
 {
-    // The same rule as the C++ call: a stored token means push was accepted already.
-    if (!BVT::currentDeviceToken().isNull()) {
-        log("You have already accepted push notifications!");
-        Q_EMIT Client::instance()->cardFinished(Client::CardNotShown);
-        return;
-    }
-    showCard(qobject_cast<QQmlEngine *>(m_engine), {color, icon, header, subHeader});
+    // Always the QML card, also in a host that has the widget screens.
+    if (permissionCardWanted())
+        showCard(qobject_cast<QQmlEngine *>(m_engine), {color, icon, header, subHeader});
 }
 
 void BvtNotifySingleton::getPreferences(const QJSValue &onSuccess, const QJSValue &onFailure)
