@@ -13,8 +13,10 @@
 
 #include <memory>
 
+#include <functional>
+
 namespace bvt {
-struct Verb;
+struct Outcome;
 }
 
 /// The library's one manager: the client credentials, the service's base URL, the cached access
@@ -24,16 +26,12 @@ struct Verb;
 class BREVANTI_CORE_EXPORT BVTManager : public std::enable_shared_from_this<BVTManager>
 {
 public:
-    // The factory, with the device's registration (device/registration.cpp).
-
     /// Builds a manager holding the credentials and the service's base URL, then starts the
     /// device's registration (initDevice). The launch options are accepted and ignored; the
     /// credentials are not checked until the first token request.
     static std::shared_ptr<BVTManager> initWithLaunchOptions(const QVariantMap &launchOptions,
                                                              const QString &clientId,
                                                              const QString &clientSecret);
-
-    // Configuration and properties (client/BVTManager.cpp).
 
     /// Runs when the last owner lets go: the facade BVT, a host that keeps the pointer, and each
     /// request under way until its callbacks have run.
@@ -77,15 +75,11 @@ public:
     void setCurrent_user(const QString &currentUser);
     ///@}
 
-    // The access token (client/accesstoken.cpp).
-
     /// Makes sure a valid access token is held, fetching one when none is. success receives
     /// {"message": "Existing access token"} or {"message": "Updated access token"}; failure
     /// receives the failed token request's error. At most one of them is called, once, later or
     /// (for a valid token) at once.
     void verifyAuthenticated(const BVTSuccessBlock &success, const BVTErrorBlock &failure);
-
-    // Authenticated requests (client/authenticatedrequests.cpp).
 
     /// An authenticated GET, POST or PATCH. The path is appended to origin as it stands; the
     /// parameters go form-encoded into the query (GET) or the body (POST, PATCH). When no token
@@ -98,8 +92,6 @@ public:
     void patchUrl(const QString &path, const BVTParameters &parameters,
                   const BVTSuccessBlock &success, const BVTFailureBlock &failure);
     ///@}
-
-    // The identifier store (device/identifierstore.cpp).
 
     /// \name The identifier store
     /// Three strings kept in the application's settings between launches. The device identifier
@@ -136,13 +128,9 @@ public:
     void setCurrentDeviceToken(const QString &token);
     ///@}
 
-    // The device description (device/devicedescription.cpp).
-
     /// The device description: {"device": {"os", "os_version", "model", "manufacturer"}}, as the
     /// registration sends it.
     BVTParameters deviceParams() const;
-
-    // Registration and assignment (device/registration.cpp).
 
     /// Registers the device with the service unless an identifier is stored, and stores the one
     /// the service issues before calling success. With an identifier stored, only a log line is
@@ -174,8 +162,9 @@ private:
 
     BVTManager();
 
-    void send(const bvt::Verb &verb, const QString &path, const BVTParameters &parameters,
-              const BVTSuccessBlock &success, const BVTFailureBlock &failure);
+    // The callbacks as a call's completion that keeps this manager alive until they have run.
+    std::function<void(const bvt::Outcome &)> callbacks(const BVTSuccessBlock &success,
+                                                        const BVTFailureBlock &failure);
 
     const std::unique_ptr<Private> d;
 };

@@ -10,10 +10,11 @@
 #include <QString>
 #include <QVariantMap>
 
-#include <functional>
 #include <memory>
 
 namespace bvt {
+
+class ClientPrivate;
 
 /// The library as a Qt host uses it: the stored identifiers as properties that announce each
 /// change, and every service call as a bvt::Reply that always finishes, with an error a host can
@@ -114,14 +115,11 @@ Q_SIGNALS:
     void cardFinished(bvt::Client::CardOutcome outcome);
 
 private:
-    class Private;
+    friend class ClientPrivate;
 
     explicit Client(QObject *parent);
-    // Makes the call, and ends its reply with what became of the request it sent; when it sent
-    // none, with nothingSent (or NoError).
-    Reply *witness(const std::function<void()> &call, Reply::Error nothingSent);
 
-    const std::unique_ptr<Private> d;
+    const std::unique_ptr<ClientPrivate> d;
 };
 
 } // namespace bvt

@@ -1,108 +1,95 @@
 #include <Brevanti/BVT.h>
 
-#include "core/identifierevents.h"
-#include "facade.h"
-
-namespace {
-std::shared_ptr<BVTManager> currentBVTManager;
-}
-
-bool bvt::facadeInitialised()
-{
-    return currentBVTManager != nullptr;
-}
+#include "callbacks.h"
+#include "clientprivate.h"
+#include "verb.h"
 
 extern "C" {
 const double BrevantiVersionNumber = 1.0;
 const unsigned char BrevantiVersionString[] = "@(#)PROGRAM:Brevanti  PROJECT:Brevanti-1\n";
 }
 
+namespace {
+
+bvt::ClientPrivate &client()
+{
+    return bvt::ClientPrivate::of();
+}
+
+} // namespace
+
 void BVT::initWithLaunchOptions(const QVariantMap &launchOptions, const QString &clientId,
                                 const QString &clientSecret)
 {
-    currentBVTManager = BVTManager::initWithLaunchOptions(launchOptions, clientId, clientSecret);
-    // Until the first manager the facade reads no identifier; from now on it reads the stored ones.
-    bvt::IdentifierEvents &events = bvt::IdentifierEvents::instance();
-    Q_EMIT events.deviceIdChanged();
-    Q_EMIT events.userIdChanged();
-    Q_EMIT events.deviceTokenChanged();
+    Q_UNUSED(launchOptions); // accepted for the host's convenience; nothing in them is used
+    client().initialise(clientId, clientSecret, [](const bvt::Outcome &) {});
 }
 
 void BVT::getUrl(const QString &path, const BVTParameters &parameters,
                  const BVTSuccessBlock &success, const BVTFailureBlock &failure)
 {
-    if (currentBVTManager)
-        currentBVTManager->getUrl(path, parameters, success, failure);
+    client().send(bvt::Verb::get, path, parameters, bvt::callbacks(success, failure));
 }
 
 void BVT::postUrl(const QString &path, const BVTParameters &parameters,
                   const BVTSuccessBlock &success, const BVTFailureBlock &failure)
 {
-    if (currentBVTManager)
-        currentBVTManager->postUrl(path, parameters, success, failure);
+    client().send(bvt::Verb::post, path, parameters, bvt::callbacks(success, failure));
 }
 
 void BVT::patchUrl(const QString &path, const BVTParameters &parameters,
                    const BVTSuccessBlock &success, const BVTFailureBlock &failure)
 {
-    if (currentBVTManager)
-        currentBVTManager->patchUrl(path, parameters, success, failure);
+    client().send(bvt::Verb::patch, path, parameters, bvt::callbacks(success, failure));
 }
 
 void BVT::unassignDevice()
 {
-    if (currentBVTManager)
-        currentBVTManager->unassignDevice();
+    unassignDevice(nullptr, nullptr);
 }
 
 void BVT::unassignDevice(const BVTSuccessBlock &success)
 {
-    if (currentBVTManager)
-        currentBVTManager->unassignDevice(success);
+    unassignDevice(success, nullptr);
 }
 
 void BVT::unassignDevice(const BVTSuccessBlock &success, const BVTFailureBlock &failure)
 {
-    if (currentBVTManager)
-        currentBVTManager->unassignDevice(success, failure);
+    client().unassignDevice(bvt::callbacks(success, failure));
 }
 
 void BVT::assignDeviceToUser(const QString &userIdentifier)
 {
-    if (currentBVTManager)
-        currentBVTManager->assignDeviceToUser(userIdentifier);
+    assignDeviceToUser(userIdentifier, nullptr, nullptr);
 }
 
 void BVT::assignDeviceToUser(const QString &userIdentifier, const BVTSuccessBlock &success)
 {
-    if (currentBVTManager)
-        currentBVTManager->assignDeviceToUser(userIdentifier, success);
+    assignDeviceToUser(userIdentifier, success, nullptr);
 }
 
 void BVT::assignDeviceToUser(const QString &userIdentifier, const BVTSuccessBlock &success,
                              const BVTFailureBlock &failure)
 {
-    if (currentBVTManager)
-        currentBVTManager->assignDeviceToUser(userIdentifier, success, failure);
+    bvt::throwIfRefused(client().assignDevice(userIdentifier, bvt::callbacks(success, failure)));
 }
 
 QString BVT::currentDevice()
 {
-    return currentBVTManager ? currentBVTManager->currentDevice() : QString();
+    return bvt::Client::instance()->deviceId();
 }
 
 QString BVT::currentUser()
 {
-    return currentBVTManager ? currentBVTManager->currentUser() : QString();
+    return bvt::Client::instance()->user();
 }
 
 QString BVT::currentDeviceToken()
 {
-    return currentBVTManager ? currentBVTManager->currentDeviceToken() : QString();
+    return bvt::Client::instance()->pushToken();
 }
 
 void BVT::setCurrentDeviceToken(const QString &token)
 {
-    if (currentBVTManager)
-        currentBVTManager->setCurrentDeviceToken(token);
+    client().setPushToken(token);
 }

@@ -1,8 +1,8 @@
-#include <Brevanti/BVT.h>
-#include <Brevanti/BVTManager.h>
+#include "devicedescription.h"
 
 #include "core/device.h"
-#include "devicedescription.h"
+
+#include <Brevanti/BVT.h>
 
 #include <QRegularExpression>
 #include <QStringDecoder>
@@ -21,18 +21,17 @@ QString osVersionText(const QString &systemVersion)
     return QString::asprintf("%f", double(number));
 }
 
-} // namespace bvt
-
-BVTParameters BVTManager::deviceParams() const
+BVTParameters deviceDescription()
 {
-    const bvt::Device &device = bvt::Device::currentDevice();
+    const Device &device = Device::currentDevice();
     return {{QStringLiteral("device"),
-             BVTParameters{
-                     {QStringLiteral("os"), QStringLiteral("ios")},
-                     {QStringLiteral("os_version"), bvt::osVersionText(device.systemVersion())},
-                     {QStringLiteral("model"), device.model()},
-                     {QStringLiteral("manufacturer"), QStringLiteral("Apple")}}}};
+             BVTParameters{{QStringLiteral("os"), QStringLiteral("ios")},
+                           {QStringLiteral("os_version"), osVersionText(device.systemVersion())},
+                           {QStringLiteral("model"), device.model()},
+                           {QStringLiteral("manufacturer"), QStringLiteral("Apple")}}}};
 }
+
+} // namespace bvt
 
 extern "C" QString deviceName()
 {

@@ -1,8 +1,38 @@
 #include "replyprivate.h"
 
 #include <QMetaObject>
+#include <QPointer>
 
 namespace bvt {
+
+Reply *Reply::Private::track(QObject *parent, const std::function<Start(const Completion &)> &call)
+{
+    auto *reply = new Reply(parent);
+    const Start start = call([reply = QPointer<Reply>(reply)](const Outcome &outcome) {
+        if (reply)
+            reply->d->end(reply, outcome);
+    });
+    Private &d = *reply->d;
+    switch (start.kind) {
+    case Start::Sent:
+        d.callReturned = true;
+        break;
+    case Start::AlreadyDone:
+        d.end(reply, NoError, QString());
+        break;
+    case Start::NotInitialised:
+        d.end(reply, NotRegisteredError, QStringLiteral("The library is not initialised"));
+        break;
+    case Start::NotRegistered:
+        d.end(reply, NotRegisteredError,
+              QStringLiteral("The device has no identifier yet: it is not registered"));
+        break;
+    case Start::Refused:
+        d.end(reply, RefusedArgumentError, QString::fromUtf8(start.refusal));
+        break;
+    }
+    return reply;
+}
 
 void Reply::Private::end(Reply *reply, const Outcome &outcome)
 {

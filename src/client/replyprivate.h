@@ -2,7 +2,9 @@
 
 #include <Brevanti/Reply.h>
 
-#include "callwitness.h"
+#include "outcome.h"
+
+#include <functional>
 
 namespace bvt {
 
@@ -10,6 +12,10 @@ namespace bvt {
 class Reply::Private
 {
 public:
+    // A reply, a child of parent, for a call that is made at once: ended with what the call hears,
+    // or with what kept it from being sent.
+    static Reply *track(QObject *parent, const std::function<Start(const Completion &)> &call);
+
     // Ends the reply with what the outcome tells; the first end wins. An outcome that comes once
     // the call returned (from the network) is told at once, any other end from the event loop.
     void end(Reply *reply, const Outcome &outcome);

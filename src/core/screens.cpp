@@ -1,5 +1,7 @@
 #include "screens.h"
 
+#include "logging.h"
+
 #include <QCoreApplication>
 #include <QPointer>
 
@@ -60,6 +62,11 @@ bool presentCardWhereShown(const CardRequest &request)
         return false;
     quick.presenter(request);
     return true;
+}
+
+void warnNothingIsShown()
+{
+    qCWarning(lcUi, "The library's screens need a QApplication (Qt Widgets); nothing is shown");
 }
 
 } // namespace bvt

@@ -49,4 +49,7 @@ BREVANTI_CORE_EXPORT bool widgetScreensUsable();
 // library is loaded, else the QML card; false when neither can.
 BREVANTI_CORE_EXPORT bool presentCardWhereShown(const CardRequest &request);
 
+// The warning when a screen was asked for and neither kind can be shown.
+void warnNothingIsShown();
+
 } // namespace bvt

@@ -1,35 +1,7 @@
-#include <Brevanti/BVT.h>
 #include <Brevanti/BVTNotify.h>
 
-#include "core/deviceguard.h"
-
-#include <stdexcept>
-
-namespace {
-
-void switchPreference(const QString &path, const QString &category, const QString &preference,
-                      const BVTSuccessBlock &success, const BVTFailureBlock &failure)
-{
-    const QString device = BVT::currentDevice();
-    if (!bvt::deviceKnown(device))
-        return;
-    if (category.isNull() || preference.isNull())
-        throw std::invalid_argument("a preference switch needs a category and a preference key");
-    // A change goes to the user when one is assigned, else to the device; never to both.
-    const QString user = BVT::currentUser();
-    BVTParameters parameters{{QStringLiteral("category"), category},
-                             {QStringLiteral("preference"), preference}};
-    if (!user.isNull())
-        parameters.insert(QStringLiteral("user"),
-                          BVTParameters{{QStringLiteral("identifier"), user}});
-    else
-        parameters.insert(QStringLiteral("device"),
-                          BVTParameters{{QStringLiteral("uuid"), device}});
-    BVT::patchUrl(path, parameters, success, failure);
-    BVTNotify::verifyPushEnabled();
-}
-
-} // namespace
+#include "client/callbacks.h"
+#include "client/clientprivate.h"
 
 void BVTNotify::getPreferences(const BVTSuccessBlock &success)
 {
@@ -38,13 +10,7 @@ void BVTNotify::getPreferences(const BVTSuccessBlock &success)
 
 void BVTNotify::getPreferences(const BVTSuccessBlock &success, const BVTFailureBlock &failure)
 {
-    const QString device = BVT::currentDevice();
-    if (!bvt::deviceKnown(device))
-        return;
-    // The document is always asked for by device, even when a user is assigned.
-    BVT::getUrl(QStringLiteral("/preferences"),
-                {{QStringLiteral("device"), BVTParameters{{QStringLiteral("uuid"), device}}}},
-                success, failure);
+    bvt::ClientPrivate::of().fetchPreferences(bvt::callbacks(success, failure));
 }
 
 void BVTNotify::enablePreferenceWithCategory(const QString &category, const QString &preference)
@@ -62,7 +28,8 @@ void BVTNotify::enablePreferenceWithCategory(const QString &category, const QStr
                                              const BVTSuccessBlock &success,
                                              const BVTFailureBlock &failure)
 {
-    switchPreference(QStringLiteral("/preferences/enable"), category, preference, success, failure);
+    bvt::throwIfRefused(bvt::ClientPrivate::of().switchPreference(
+            true, category, preference, bvt::callbacks(success, failure)));
 }
 
 void BVTNotify::disablePreferenceWithCategory(const QString &category, const QString &preference)
@@ -80,6 +47,6 @@ void BVTNotify::disablePreferenceWithCategory(const QString &category, const QSt
                                               const BVTSuccessBlock &success,
                                               const BVTFailureBlock &failure)
 {
-    switchPreference(QStringLiteral("/preferences/disable"), category, preference, success,
-                     failure);
+    bvt::throwIfRefused(bvt::ClientPrivate::of().switchPreference(
+            false, category, preference, bvt::callbacks(success, failure)));
 }

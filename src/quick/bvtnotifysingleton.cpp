@@ -1,8 +1,8 @@
 #include "bvtnotifysingleton.h"
 
+#include "client/clientprivate.h"
 #include "core/screens.h"
 #include "jscallback.h"
-#include "notify/permissioncard.h"
 #include "quickcard.h"
 
 #include <Brevanti/BVTNotify.h>
