@@ -80,6 +80,11 @@ QString formatLine(const char *format, const QStringList &arguments)
     return line;
 }
 
+bool lineWanted()
+{
+    return logHandler() || QLoggingCategory::defaultCategory()->isInfoEnabled();
+}
+
 void writeLine(const QString &line)
 {
     if (const LogHandler &handler = logHandler()) {

@@ -28,11 +28,16 @@ BREVANTI_CORE_EXPORT QString formatLine(const char *format, const QStringList &a
 
 // Writes one line to the system log (Qt's default category, info level, nothing added).
 BREVANTI_CORE_EXPORT void writeLine(const QString &line);
+// Whether a line written now would reach anyone: a log handler is set, or the default category's
+// info lines are on.
+BREVANTI_CORE_EXPORT bool lineWanted();
 
 template<typename... Args>
 void log(const char *format, const Args &...args)
 {
-    writeLine(formatLine(format, QStringList{describe(args)...}));
+    // A line nobody reads is not composed either (describing a map means encoding it as JSON).
+    if (lineWanted())
+        writeLine(formatLine(format, QStringList{describe(args)...}));
 }
 
 } // namespace bvt
