@@ -7,6 +7,11 @@ import Brevanti
 // closes it and asks for push permission once it has gone, Customize Notifications shows the
 // preferences inside it under a bar whose Done closes it, No Thanks closes it.
 // It emits ended(outcome) with how it ended, one of the client Brevanti's CardOutcome values.
+// Its colours are the style's but for the tint, color, which the host passes: the style's pane
+// background and dimming, the style's text colour, and on the tint whichever of the style's
+// background and text colours reads better; a tinted text that would not read on the background
+// takes the style's text colour. (Material and Universal keep their light and dark themes out of
+// the palette, so the colours are read from the style's own items.)
 // Its texts are translated in this file's context, PermissionCard, but for the bar's, which are the
 // preferences page's, in the context PreferencesPage, as the widget screens do.
 Popup {
@@ -20,11 +25,28 @@ Popup {
     readonly property int permissionDelay: 100 // lets the card leave before the system prompt
     readonly property bool landscape: parent ? parent.width > parent.height : false
     readonly property int barHeight: 44
+    readonly property color textColor: styleText.color
+    readonly property color backgroundColor: stylePane.background
+                                             && stylePane.background.color !== undefined
+                                             ? stylePane.background.color : palette.window
+    readonly property color onTint: readableOn(color, backgroundColor, textColor)
+    readonly property color tintedText: contrast(color, backgroundColor) >= 4.5 ? color : textColor
 
     signal ended(int outcome)
 
     // Embedded and opened again, it shows its buttons again.
     onClosed: customizing = false
+
+    // The contrast ratio of two colours, from 1 to 21, as WCAG defines it.
+    function contrast(a, b) {
+        const linear = v => v <= 0.04045 ? v / 12.92 : Math.pow((v + 0.055) / 1.055, 2.4)
+        const luminance = c => 0.2126 * linear(c.r) + 0.7152 * linear(c.g) + 0.0722 * linear(c.b)
+        const x = luminance(a), y = luminance(b)
+        return (Math.max(x, y) + 0.05) / (Math.min(x, y) + 0.05)
+    }
+    function readableOn(background, first, second) {
+        return contrast(first, background) >= contrast(second, background) ? first : second
+    }
 
     parent: Overlay.overlay
     anchors.centerIn: parent
@@ -36,15 +58,21 @@ Popup {
     closePolicy: Popup.NoAutoClose
     padding: 0
     background: Rectangle {
-        color: "white"
+        color: card.backgroundColor
         radius: 4
-    }
-    Overlay.modal: Rectangle {
-        color: Qt.rgba(0, 0, 0, 0.8)
     }
 
     contentItem: Item {
         clip: true
+
+        Label {
+            id: styleText
+            visible: false
+        }
+        Pane {
+            id: stylePane
+            visible: false
+        }
 
         ColumnLayout {
             visible: !card.customizing
@@ -64,7 +92,7 @@ Popup {
                 Label {
                     anchors.centerIn: parent
                     text: "!"
-                    color: "white"
+                    color: card.onTint
                     font.pointSize: 30
                     font.bold: true
                 }
@@ -72,7 +100,7 @@ Popup {
             Label {
                 Layout.fillWidth: true
                 text: card.header
-                color: card.color
+                color: card.tintedText
                 font.pointSize: 17
                 font.bold: true
                 horizontalAlignment: Text.AlignHCenter
@@ -96,7 +124,7 @@ Popup {
                 contentItem: Label {
                     text: keepMeUpdated.text
                     font: keepMeUpdated.font
-                    color: "white"
+                    color: card.onTint
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter
                 }
@@ -119,12 +147,12 @@ Popup {
                 contentItem: Label {
                     text: customize.text
                     font: customize.font
-                    color: card.color
+                    color: card.tintedText
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter
                 }
                 background: Rectangle {
-                    color: "white"
+                    color: "transparent"
                     radius: 4
                     border.color: card.color
                     border.width: 2
@@ -140,7 +168,6 @@ Popup {
                 contentItem: Label {
                     text: noThanks.text
                     font: noThanks.font
-                    color: Qt.rgba(0.75, 0.75, 0.75, 1)
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter
                 }
@@ -161,7 +188,7 @@ Popup {
             Label {
                 anchors.centerIn: parent
                 text: qsTranslate("PreferencesPage", "Notifications")
-                color: "white"
+                color: card.onTint
                 font.pixelSize: 17
                 font.bold: true
             }
@@ -174,7 +201,7 @@ Popup {
                 flat: true
                 contentItem: Label {
                     text: done.text
-                    color: "white"
+                    color: card.onTint
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter
                 }

@@ -6,16 +6,12 @@ import Brevanti
 // categories' headers, one switch each, the widget screen's look. Every appearance fetches the
 // document again and shows it in place of the one before; while it comes a busy indicator turns,
 // a fetch that fails (or gets no access token) shows why with a button to try again, and a
-// document without preferences says so.
+// document without preferences says so. Its colours are the style's: its page background and text
+// colour, its switches, and hairlines in the palette's mid colour.
 Page {
     id: page
 
     readonly property PreferencesModel model: preferences
-    readonly property color cellTextColor: Qt.rgba(0.26, 0.26, 0.26, 1)
-    readonly property color switchOnTint: Qt.rgba(0.6, 0.85, 0.38, 1)
-    readonly property color headerBackground: Qt.rgba(0.98, 0.98, 0.98, 1)
-    readonly property color headerTextColor: Qt.rgba(0.64, 0.64, 0.64, 1)
-    readonly property color hairlineColor: Qt.rgba(0.87, 0.87, 0.87, 1)
     readonly property int rowHeight: 60
     readonly property int headerHeight: 50
 
@@ -28,21 +24,16 @@ Page {
         replacesOnLoad: true
     }
 
-    background: Rectangle {
-        color: "white"
-    }
-
     ListView {
         id: list
         anchors.fill: parent
         clip: true
         model: preferences
         section.property: "categoryName"
-        section.delegate: Rectangle {
+        section.delegate: Item {
             required property string section
             width: ListView.view.width
             height: page.headerHeight
-            color: page.headerBackground
             Label {
                 x: 15
                 y: 24
@@ -50,21 +41,19 @@ Page {
                 text: parent.section
                 font.bold: true
                 font.pixelSize: 14
-                color: page.headerTextColor
                 verticalAlignment: Text.AlignVCenter
             }
             Rectangle {
                 anchors.bottom: parent.bottom
                 width: parent.width
                 height: 1 // a hairline: thinner, the software renderer draws nothing
-                color: page.hairlineColor
+                color: page.palette.mid
             }
         }
-        delegate: Rectangle {
+        delegate: Item {
             id: row
             width: ListView.view.width
             height: page.rowHeight
-            color: "white"
             Label {
                 x: 15
                 width: 220
@@ -72,7 +61,6 @@ Page {
                 text: model.preferenceName
                 font.bold: true
                 font.pixelSize: 14
-                color: page.cellTextColor
                 verticalAlignment: Text.AlignVCenter
                 elide: Text.ElideRight
             }
@@ -85,23 +73,6 @@ Page {
                 checked: model.enabled
                 Accessible.name: model.preferenceName
                 onToggled: preferences.setEnabled(index, checked)
-                indicator: Rectangle {
-                    implicitWidth: 51
-                    implicitHeight: 31
-                    radius: height / 2
-                    color: toggle.checked ? page.switchOnTint : "white"
-                    border.color: toggle.checked ? page.switchOnTint : page.hairlineColor
-                    border.width: 1.5
-                    Rectangle {
-                        x: toggle.checked ? parent.width - width - 2 : 2
-                        anchors.verticalCenter: parent.verticalCenter
-                        width: 27
-                        height: 27
-                        radius: width / 2
-                        color: "white"
-                        border.color: page.hairlineColor
-                    }
-                }
             }
             // None under a section's last row.
             Rectangle {
@@ -110,7 +81,7 @@ Page {
                 anchors.bottom: parent.bottom
                 width: parent.width - x
                 height: 1
-                color: page.hairlineColor
+                color: page.palette.mid
             }
         }
     }
@@ -132,7 +103,6 @@ Page {
             width: parent.width
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
-            color: page.cellTextColor
             text: preferences.errorString !== ""
                   ? qsTr("The notification settings could not be loaded.")
                   : qsTr("There are no notification settings.")
