@@ -9,7 +9,7 @@ packages=(
     qml6-module-qtqml-workerscript
     qt6-tools-dev qt6-l10n-tools
     fonts-dejavu-core openssl
-    doxygen
+    doxygen python3
 )
 
 # Installs whichever of the packages are missing (as root, or through sudo when there is one).

@@ -3,62 +3,79 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import Brevanti
 
-// The permission card over the dimmed window, the widget card's look and buttons: Keep Me Updated
-// closes it and asks for push permission once it has gone, Customize Notifications shows the
-// preferences inside it under a bar whose Done closes it, No Thanks closes it.
-// It emits ended(outcome) with how it ended, one of the client Brevanti's CardOutcome values.
-// Its colours are the style's but for the tint, color, which the host passes: the style's pane
-// background and dimming, the style's text colour, and on the tint whichever of the style's
-// background and text colours reads better; a tinted text that would not read on the background
-// takes the style's text colour. (Material and Universal keep their light and dark themes out of
-// the palette, so the colours are read from the style's own items.)
-// Its texts are translated in this file's context, PermissionCard, but for the bar's, which are the
-// preferences page's, in the context PreferencesPage, as the widget screens do.
+/// The permission card, a modal Popup over the dimmed window of its parent (the window's
+/// overlay): a mark in the tint colour, the header and sub-header, and three buttons. Keep Me
+/// Updated closes it and asks for push permission once it has gone; Customize Notifications shows
+/// a PreferencesPage inside it under a bar whose Done closes it; No Thanks closes it. Each close
+/// emits ended() and brings it back to its buttons, so that a host can embed it and open it again.
+/// Its colours are the style's (Basic, Fusion, Material, Universal, light or dark) but for the
+/// tint, color: a text on the tint takes whichever of the style's background and text colours
+/// reads better on it, and a tinted text that would not read on the card takes the style's text
+/// colour. Its texts are translated in the context PermissionCard, the bar's in the context
+/// PreferencesPage.
 Popup {
     id: card
 
+    /// The tint: the mark, the Keep Me Updated button, the bar; BVTNotify's default unless set.
     property color color: BVTNotify.defaultNotificationColor
-    property var icon // passed on only: the card draws its mark in the colour, as the widget card
+    /// The icon the host passed, kept for the host: the card draws its mark in the tint colour.
+    property var icon
+    /// The header under the mark; BVTNotify's default unless set.
     property string header: BVTNotify.defaultNotificationHeader
+    /// The text under the header; BVTNotify's default unless set.
     property string subHeader: BVTNotify.defaultNotificationSubHeader
+    /// Whether the card shows the preferences (after Customize Notifications) instead of its
+    /// buttons; false again whenever it closes.
     property bool customizing: false
-    readonly property int permissionDelay: 100 // lets the card leave before the system prompt
-    readonly property bool landscape: parent ? parent.width > parent.height : false
-    readonly property int barHeight: 44
-    readonly property color textColor: styleText.color
-    readonly property color backgroundColor: stylePane.background
-                                             && stylePane.background.color !== undefined
-                                             ? stylePane.background.color : palette.window
-    readonly property color onTint: readableOn(color, backgroundColor, textColor)
-    readonly property color tintedText: contrast(color, backgroundColor) >= 4.5 ? color : textColor
+    /// The milliseconds between Keep Me Updated closing the card and the request for push
+    /// permission, so that the card has gone before the system asks.
+    readonly property int permissionDelay: 100
 
+    /// The card ended, with how: Brevanti.CardKeptUpdated, Brevanti.CardCustomized (Customize
+    /// Notifications, then Done) or Brevanti.CardDeclined (No Thanks).
     signal ended(int outcome)
 
-    // Embedded and opened again, it shows its buttons again.
     onClosed: customizing = false
 
-    // The contrast ratio of two colours, from 1 to 21, as WCAG defines it.
-    function contrast(a, b) {
-        const linear = v => v <= 0.04045 ? v / 12.92 : Math.pow((v + 0.055) / 1.055, 2.4)
-        const luminance = c => 0.2126 * linear(c.r) + 0.7152 * linear(c.g) + 0.0722 * linear(c.b)
-        const x = luminance(a), y = luminance(b)
-        return (Math.max(x, y) + 0.05) / (Math.min(x, y) + 0.05)
-    }
-    function readableOn(background, first, second) {
-        return contrast(first, background) >= contrast(second, background) ? first : second
+    // What only the card reads: its measures, and its colours worked out from the style's.
+    QtObject {
+        id: look
+
+        readonly property bool landscape: card.parent ? card.parent.width > card.parent.height
+                                                      : false
+        readonly property int barHeight: 44
+        readonly property color text: styleText.color
+        readonly property color background: stylePane.background
+                                            && stylePane.background.color !== undefined
+                                            ? stylePane.background.color : card.palette.window
+        readonly property color onTint: readableOn(card.color, background, text)
+        readonly property color tintedText: contrast(card.color, background) >= 4.5 ? card.color
+                                                                                    : text
+
+        // The contrast ratio of two colours, from 1 to 21, as WCAG defines it.
+        function contrast(a, b) {
+            const linear = v => v <= 0.04045 ? v / 12.92 : Math.pow((v + 0.055) / 1.055, 2.4)
+            const luminance = c => 0.2126 * linear(c.r) + 0.7152 * linear(c.g)
+                                   + 0.0722 * linear(c.b)
+            const x = luminance(a), y = luminance(b)
+            return (Math.max(x, y) + 0.05) / (Math.min(x, y) + 0.05)
+        }
+        function readableOn(background, first, second) {
+            return contrast(first, background) >= contrast(second, background) ? first : second
+        }
     }
 
     parent: Overlay.overlay
     anchors.centerIn: parent
     width: parent ? parent.width - 30 : 0
-    height: customizing ? (landscape ? parent.height - 60 : 400) + barHeight
-                        : (landscape ? 340 : 460)
+    height: customizing ? (look.landscape ? parent.height - 60 : 400) + look.barHeight
+                        : (look.landscape ? 340 : 460)
     modal: true
     dim: true
     closePolicy: Popup.NoAutoClose
     padding: 0
     background: Rectangle {
-        color: card.backgroundColor
+        color: look.background
         radius: 4
     }
 
@@ -92,7 +109,7 @@ Popup {
                 Label {
                     anchors.centerIn: parent
                     text: "!"
-                    color: card.onTint
+                    color: look.onTint
                     font.pointSize: 30
                     font.bold: true
                 }
@@ -100,7 +117,7 @@ Popup {
             Label {
                 Layout.fillWidth: true
                 text: card.header
-                color: card.tintedText
+                color: look.tintedText
                 font.pointSize: 17
                 font.bold: true
                 horizontalAlignment: Text.AlignHCenter
@@ -124,7 +141,7 @@ Popup {
                 contentItem: Label {
                     text: keepMeUpdated.text
                     font: keepMeUpdated.font
-                    color: card.onTint
+                    color: look.onTint
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter
                 }
@@ -147,7 +164,7 @@ Popup {
                 contentItem: Label {
                     text: customize.text
                     font: customize.font
-                    color: card.tintedText
+                    color: look.tintedText
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter
                 }
@@ -183,12 +200,12 @@ Popup {
             id: bar
             visible: card.customizing
             width: parent.width
-            height: card.barHeight
+            height: look.barHeight
             color: card.color
             Label {
                 anchors.centerIn: parent
                 text: qsTranslate("PreferencesPage", "Notifications")
-                color: card.onTint
+                color: look.onTint
                 font.pixelSize: 17
                 font.bold: true
             }
@@ -201,7 +218,7 @@ Popup {
                 flat: true
                 contentItem: Label {
                     text: done.text
-                    color: card.onTint
+                    color: look.onTint
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter
                 }
@@ -216,9 +233,9 @@ Popup {
         // Made on each Customize, so that every showing fetches once.
         Loader {
             active: card.customizing
-            y: card.barHeight
+            y: look.barHeight
             width: parent.width
-            height: parent.height - card.barHeight
+            height: parent.height - look.barHeight
             sourceComponent: PreferencesPage {}
         }
     }

@@ -2,18 +2,24 @@ import QtQuick
 import QtQuick.Controls
 import Brevanti
 
-// The preferences screen as a page titled "Notifications": the user's preferences under their
-// categories' headers, one switch each, the widget screen's look. Every appearance fetches the
-// document again and shows it in place of the one before; while it comes a busy indicator turns,
-// a fetch that fails (or gets no access token) shows why with a button to try again, and a
-// document without preferences says so. Its colours are the style's: its page background and text
-// colour, its switches, and hairlines in the palette's mid colour.
+/// The preferences screen as a Qt Quick Controls Page titled "Notifications" (translated in the
+/// context PreferencesPage): the preferences under their categories' headers, one switch each,
+/// whose flip goes to the service at once. Each time it becomes visible it fetches the document
+/// again and shows it in place of the one before; while it comes a busy indicator turns, a fetch
+/// that fails (or gets no access token) says so with a Try Again button, and a document without
+/// preferences says that. Its colours are the style's.
 Page {
     id: page
 
+    /// The page's list: its loading, errorString and rows, for a host that shows more of them.
     readonly property PreferencesModel model: preferences
-    readonly property int rowHeight: 60
-    readonly property int headerHeight: 50
+
+    QtObject {
+        id: metrics
+
+        readonly property int rowHeight: 60
+        readonly property int headerHeight: 50
+    }
 
     title: qsTr("Notifications")
     Component.onCompleted: if (visible) preferences.load()
@@ -33,7 +39,7 @@ Page {
         section.delegate: Item {
             required property string section
             width: ListView.view.width
-            height: page.headerHeight
+            height: metrics.headerHeight
             Label {
                 x: 15
                 y: 24
@@ -53,7 +59,7 @@ Page {
         delegate: Item {
             id: row
             width: ListView.view.width
-            height: page.rowHeight
+            height: metrics.rowHeight
             Label {
                 x: 15
                 width: 220

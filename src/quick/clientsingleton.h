@@ -11,10 +11,10 @@ class QQmlEngine;
 
 namespace bvt::quick {
 
-// The singleton Brevanti is the library's one client: its properties, its calls that return
-// replies, the card's outcome. Once an engine made it, the permission card that
-// BVTNotify::requestCustomPreferences asks for in a host without Qt Widgets shows in that engine's
-// window.
+/// The library's one client, bvt::Client::instance(): its properties, its calls that return
+/// replies, the card's outcome (Brevanti.CardDeclined and the other CardOutcome values). Once an
+/// engine made it, the permission card that BVTNotify::requestCustomPreferences asks for in a host
+/// without Qt Widgets shows in that engine's window.
 struct ClientSingleton
 {
     Q_GADGET
@@ -25,7 +25,8 @@ public:
     static Client *create(QQmlEngine *qmlEngine, QJSEngine *engine);
 };
 
-// Replies, as QML sees them: made by the client's calls, never by QML.
+/// The reply that each call of Brevanti returns; it finishes exactly once. Made by those calls,
+/// never by QML.
 struct ReplyForeign
 {
     Q_GADGET

@@ -7,21 +7,20 @@
 
 namespace bvt::quick {
 
-// The user's preference document as a list for QML, read as the preferences screen reads it: one
-// row per preference in the document's order, each naming its category, so that a view groups
-// them with section.property: "categoryName". Every load appends the fetched document behind the
-// rows already there, as the screen does on each appearance, unless replacesOnLoad; a category
-// without preferences has no row. setEnabled is the flip of a row's switch, with what the screen's
-// switch sends.
+/// The user's preference document as a list model: one row per preference in the document's
+/// order, with the roles categoryName, categoryKey, preferenceName, preferenceKey and enabled, so
+/// that a view groups them with section.property: "categoryName". Every load appends the fetched
+/// document behind the rows already there, as the widget screen does on each appearance, unless
+/// replacesOnLoad; a category without preferences has no row.
 class PreferencesModel : public QAbstractListModel
 {
     Q_OBJECT
     QML_ELEMENT
-    // While a fetch is under way; every fetch ends, also without a device or an access token.
+    /// While a fetch is under way; every fetch ends, also without a device or an access token.
     Q_PROPERTY(bool loading READ loading NOTIFY loadingChanged)
-    // Why the last fetch failed; empty once one succeeded.
+    /// Why the last fetch failed; empty once one succeeded.
     Q_PROPERTY(QString errorString READ errorString NOTIFY errorStringChanged)
-    // A fetched document replaces the rows instead of being appended to them.
+    /// A fetched document replaces the rows instead of being appended to them.
     Q_PROPERTY(bool replacesOnLoad MEMBER m_replaces NOTIFY replacesOnLoadChanged)
 
 public:
@@ -42,14 +41,15 @@ public:
     bool loading() const;
     QString errorString() const;
 
-    // Fetches the document and appends it (or replaces the rows with it); a failure is logged, kept
-    // as errorString, and changes no row.
+    /// Fetches the document and appends it (or replaces the rows with it); a failure is logged,
+    /// kept as errorString, and changes no row.
     Q_INVOKABLE void load();
-    // Sends the row's new position and keeps it, whatever the service answers; a row that is
-    // already there sends nothing.
+    /// The flip of a row's switch: sends the row's new position and keeps it, whatever the
+    /// service answers; a row that is already there sends nothing.
     Q_INVOKABLE void setEnabled(int row, bool on);
 
 Q_SIGNALS:
+    /// Each is emitted when its property changes.
     void loadingChanged();
     void errorStringChanged();
     void replacesOnLoadChanged();
