@@ -72,6 +72,7 @@ public:
     /// preferences screen shows).
     void viewWillAppear(bool animated) override;
 
+public Q_SLOTS:
     /// Dismisses the card, then asks for push permission after permissionDelayMs.
     void keepMeUpdatedButtonTapped();
     /// Pushes the preferences screen (BVTNotifyPreferencesViewController::initInPopup) onto the
@@ -79,6 +80,8 @@ public:
     void customizeButtonTapped();
     /// Dismisses the card.
     void noThanksButtonTapped();
+
+public:
     /// Dismisses the card, as "No Thanks" does.
     void didClickDone();
 

@@ -76,9 +76,13 @@ class PopupController::Private
 {
 public:
     explicit Private(PopupController *popup)
-        : controllers(popup, [popup] { popup->showTop(false); })
+        : popup(popup), controllers(popup, [this] { showTop(false); })
     { }
 
+    void layoutCard();
+    void showTop(bool animated);
+
+    PopupController *const popup;
     ControllerStack controllers;
     // In the presenting window once presented, which may take them with it when it goes first.
     QPointer<QWidget> background;
@@ -114,7 +118,7 @@ ViewController *PopupController::topViewController() const
 void PopupController::pushViewController(ViewController *controller, bool animated)
 {
     d->controllers.push(controller);
-    showTop(animated);
+    d->showTop(animated);
 }
 
 void PopupController::presentInViewController(ViewController *presenting)
@@ -142,10 +146,10 @@ void PopupController::presentInViewController(ViewController *presenting)
     d->controllers.setBar(d->bar);
 
     window->installEventFilter(this);
-    connect(&Screen::mainScreen(), &Screen::boundsChanged, this, &PopupController::layoutCard);
+    connect(&Screen::mainScreen(), &Screen::boundsChanged, this, [this] { d->layoutCard(); });
 
     // Still hidden, so showTop leaves the hooks to the lines below.
-    showTop(false);
+    d->showTop(false);
     ViewController *top = topViewController();
     top->viewWillAppear(false);
     d->background->raise();
@@ -178,7 +182,7 @@ void PopupController::setNavigationBarHidden(bool hidden, bool)
     d->barHidden = hidden;
     if (d->bar)
         d->bar->setVisible(!hidden);
-    layoutCard();
+    d->layoutCard();
 }
 
 bool PopupController::isNavigationBarHidden() const
@@ -216,48 +220,48 @@ void PopupController::setCornerRadius(double radius)
 bool PopupController::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::Resize && d->container && watched == d->container->parentWidget())
-        layoutCard();
+        d->layoutCard();
     return QObject::eventFilter(watched, event);
 }
 
-void PopupController::layoutCard()
+void PopupController::Private::layoutCard()
 {
-    ViewController *top = topViewController();
-    if (!d->container || !top)
+    ViewController *top = popup->topViewController();
+    if (!container || !top)
         return;
-    const QWidget *window = d->container->parentWidget();
-    if (d->background)
-        d->background->setGeometry(window->rect());
+    const QWidget *window = container->parentWidget();
+    if (background)
+        background->setGeometry(window->rect());
 
-    QSize content = top->contentSizeInPopup();
+    QSize size = top->contentSizeInPopup();
     // A controller with no landscape size keeps its portrait one.
     if (Screen::mainScreen().orientation() == InterfaceOrientation::Landscape
         && !top->landscapeContentSizeInPopup().isEmpty())
-        content = top->landscapeContentSizeInPopup();
-    const int barHeight = d->barHidden ? 0 : NavigationBar::height;
+        size = top->landscapeContentSizeInPopup();
+    const int barHeight = barHidden ? 0 : NavigationBar::height;
 
-    const QSize card(content.width(), content.height() + barHeight);
-    d->container->setGeometry(QRect(
+    const QSize card(size.width(), size.height() + barHeight);
+    container->setGeometry(QRect(
             QPoint((window->width() - card.width()) / 2, (window->height() - card.height()) / 2),
             card));
-    d->bar->setGeometry(0, 0, content.width(), barHeight);
-    d->content->setGeometry(0, barHeight, content.width(), content.height());
+    bar->setGeometry(0, 0, size.width(), barHeight);
+    content->setGeometry(0, barHeight, size.width(), size.height());
     if (top->isViewLoaded())
-        top->view()->setGeometry(d->content->rect());
+        top->view()->setGeometry(content->rect());
 }
 
-void PopupController::showTop(bool animated)
+void PopupController::Private::showTop(bool animated)
 {
-    if (!d->container)
+    if (!container)
         return;
-    d->controllers.showTop(animated, isPresented(), [this](QWidget *view) {
+    controllers.showTop(animated, popup->isPresented(), [this](QWidget *view) {
         // The controllers below keep their views in the card, out of sight.
-        for (ViewController *controller : viewControllers()) {
+        for (ViewController *controller : controllers.controllers()) {
             if (controller->isViewLoaded() && controller->view() != view)
                 controller->view()->hide();
         }
-        if (view->parentWidget() != d->content)
-            view->setParent(d->content);
+        if (view->parentWidget() != content)
+            view->setParent(content);
         layoutCard();
         view->show();
     });
@@ -275,7 +279,7 @@ ViewController *PopupController::popViewControllerAnimated(bool animated)
 {
     ViewController *popped = d->controllers.pop();
     if (popped)
-        showTop(animated);
+        d->showTop(animated);
     return popped;
 }
 

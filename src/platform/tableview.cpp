@@ -1,8 +1,8 @@
 #include <Brevanti/platform/TableView.h>
 
 #include "core/logging.h"
+#include "platform/hairline.h"
 
-#include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -14,7 +14,6 @@ namespace bvt {
 
 namespace {
 
-constexpr int defaultAccessoryMargin = 15;
 constexpr int scrollStep = 20;
 
 QColor groupedBackground()
@@ -27,60 +26,10 @@ QColor separatorColor()
     return QColor::fromRgbF(0.78, 0.78, 0.8);
 }
 
-QColor selectedBackground()
-{
-    return QColor::fromRgbF(0.85, 0.85, 0.85);
-}
-
 bool intersects(double top, double height, double viewTop, double viewBottom)
 {
     return height > 0 && top < viewBottom && top + height > viewTop;
 }
-
-// The separators lie above the rows: each cell paints an opaque background that would hide a line
-// drawn by the viewport underneath. The overlay keeps itself on top of every cell and header added
-// to the viewport, and lets the mouse through to them.
-class SeparatorOverlay : public QWidget
-{
-public:
-    explicit SeparatorOverlay(TableView *table) : QWidget(table->viewport()), m_table(table)
-    {
-        setAttribute(Qt::WA_TransparentForMouseEvents);
-        setGeometry(parentWidget()->rect());
-        parentWidget()->installEventFilter(this);
-    }
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (watched == parentWidget()) {
-            if (event->type() == QEvent::Resize)
-                setGeometry(parentWidget()->rect());
-            else if (event->type() == QEvent::ChildAdded)
-                raise();
-        }
-        return false;
-    }
-
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter painter(this);
-        const QMargins inset = m_table->separatorInset();
-        const QList<IndexPath> rows = m_table->indexPathsForVisibleRows();
-        for (const IndexPath &indexPath : rows) {
-            const QRect cell = m_table->cellForRowAtIndexPath(indexPath)->geometry();
-            if (indexPath.row == m_table->numberOfRowsInSection(indexPath.section) - 1
-                || cell.isEmpty())
-                continue;
-            painter.fillRect(
-                    QRect(inset.left(), cell.bottom(), width() - inset.left() - inset.right(), 1),
-                    separatorColor());
-        }
-    }
-
-private:
-    TableView *m_table;
-};
 
 // A section's place in the content, from the delegate's heights.
 struct Section
@@ -91,141 +40,16 @@ struct Section
 
 } // namespace
 
-class TableViewCell::Private
-{
-public:
-    Private(const QString &reuseIdentifier, TableViewCell *cell)
-        : reuseIdentifier(reuseIdentifier), contentView(new QWidget(cell))
-    { }
-
-    const QString reuseIdentifier;
-    QWidget *const contentView;
-    QWidget *accessoryView = nullptr;
-    SelectionStyle selectionStyle = SelectionStyle::Default;
-    QMargins layoutMargins;
-    bool selected = false;
-};
-
-TableViewCell::TableViewCell(Style style, const QString &reuseIdentifier, QWidget *parent)
-    : QWidget(parent), d(std::make_unique<Private>(reuseIdentifier, this))
-{
-    Q_UNUSED(style); // both styles look alike here: the screens fill the content view themselves
-    layoutAccessory();
-}
-
-TableViewCell::~TableViewCell() = default;
-
-QString TableViewCell::reuseIdentifier() const
-{
-    return d->reuseIdentifier;
-}
-
-QWidget *TableViewCell::contentView() const
-{
-    return d->contentView;
-}
-
-QWidget *TableViewCell::accessoryView() const
-{
-    return d->accessoryView;
-}
-
-void TableViewCell::setAccessoryView(QWidget *view)
-{
-    if (view == d->accessoryView)
-        return;
-    if (d->accessoryView) {
-        // Later, not now: the old accessory may be the very control whose signal got us here.
-        d->accessoryView->hide();
-        d->accessoryView->deleteLater();
-    }
-    d->accessoryView = view;
-    if (view) {
-        view->setParent(this);
-        view->show();
-    }
-    layoutAccessory();
-}
-
-TableViewCell::SelectionStyle TableViewCell::selectionStyle() const
-{
-    return d->selectionStyle;
-}
-
-void TableViewCell::setSelectionStyle(SelectionStyle style)
-{
-    d->selectionStyle = style;
-    update();
-}
-
-QMargins TableViewCell::layoutMargins() const
-{
-    return d->layoutMargins;
-}
-
-void TableViewCell::setLayoutMargins(const QMargins &margins)
-{
-    d->layoutMargins = margins;
-    layoutAccessory();
-}
-
-bool TableViewCell::isSelected() const
-{
-    return d->selected;
-}
-
-void TableViewCell::setSelected(bool selected)
-{
-    if (selected == d->selected)
-        return;
-    d->selected = selected;
-    update();
-}
-
-void TableViewCell::mouseReleaseEvent(QMouseEvent *event)
-{
-    // A child control that took the press also takes the release, so only the cell's own
-    // surface (and passive children such as labels) gets here.
-    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint())) {
-        event->accept();
-        emit tapped();
-        return;
-    }
-    QWidget::mouseReleaseEvent(event);
-}
-
-void TableViewCell::paintEvent(QPaintEvent *event)
-{
-    QPainter painter(this);
-    const bool highlighted = d->selected && d->selectionStyle == SelectionStyle::Default;
-    painter.fillRect(event->rect(), highlighted ? selectedBackground() : QColor(Qt::white));
-}
-
-void TableViewCell::resizeEvent(QResizeEvent *)
-{
-    layoutAccessory();
-}
-
-void TableViewCell::layoutAccessory()
-{
-    int contentWidth = width();
-    if (d->accessoryView) {
-        const int margin =
-                d->layoutMargins.right() > 0 ? d->layoutMargins.right() : defaultAccessoryMargin;
-        const QSize size = d->accessoryView->sizeHint();
-        const int x = width() - margin - size.width();
-        d->accessoryView->setGeometry(x, (height() - size.height()) / 2, size.width(),
-                                      size.height());
-        contentWidth = qMax(0, x);
-    }
-    d->contentView->setGeometry(0, 0, contentWidth, height());
-}
-
 class TableView::Private
 {
 public:
-    explicit Private(Style style) : style(style) { }
+    Private(Style style, TableView *table) : table(table), style(style) { }
 
+    void layoutVisible(bool trimPool = true);
+    void recomputeGeometry();
+    void placeSeparator(TableViewCell *cell, const IndexPath &indexPath);
+
+    TableView *const table;
     const Style style;
     TableViewDataSource *dataSource = nullptr;
     TableViewDelegate *delegate = nullptr;
@@ -234,6 +58,8 @@ public:
     QMap<IndexPath, TableViewCell *> visibleCells;
     QHash<int, QWidget *> visibleHeaders;
     QHash<QString, QList<TableViewCell *>> pool;
+    // Each cell's line, made the first time the cell is in view; it goes with the cell.
+    QHash<TableViewCell *, Hairline *> separators;
     QList<IndexPath> selected;
     QMargins separatorInset{15, 0, 0, 0};
     QMargins layoutMargins;
@@ -241,7 +67,7 @@ public:
 };
 
 TableView::TableView(Style style, QWidget *parent)
-    : QAbstractScrollArea(parent), d(std::make_unique<Private>(style))
+    : QAbstractScrollArea(parent), d(std::make_unique<Private>(style, this))
 {
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -254,7 +80,6 @@ TableView::TableView(Style style, QWidget *parent)
             " min-height: 30px; }"
             "QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }"
             "QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: none; }"));
-    new SeparatorOverlay(this);
 }
 
 TableView::~TableView()
@@ -288,10 +113,10 @@ void TableView::reloadData()
 {
     // With no sections nothing is in view, so every cell and header leaves by the usual rules.
     d->sections.clear();
-    layoutVisible(false); // every visible cell stays pooled for the rows asked for again
+    d->layoutVisible(false); // every visible cell stays pooled for the rows asked for again
     d->selected.clear();
-    recomputeGeometry();
-    layoutVisible();
+    d->recomputeGeometry();
+    d->layoutVisible();
     viewport()->update();
 }
 
@@ -377,7 +202,8 @@ QMargins TableView::separatorInset() const
 void TableView::setSeparatorInset(const QMargins &inset)
 {
     d->separatorInset = inset;
-    viewport()->update();
+    for (Hairline *line : std::as_const(d->separators))
+        line->setInset(inset);
 }
 
 QMargins TableView::layoutMargins() const
@@ -424,13 +250,13 @@ int TableView::cellsCreated() const
 void TableView::resizeEvent(QResizeEvent *)
 {
     // Called for the viewport's resize; heights may depend on the width, so all are asked again.
-    recomputeGeometry();
-    layoutVisible();
+    d->recomputeGeometry();
+    d->layoutVisible();
 }
 
 void TableView::scrollContentsBy(int, int)
 {
-    layoutVisible();
+    d->layoutVisible();
     viewport()->update();
 }
 
@@ -440,11 +266,11 @@ void TableView::paintEvent(QPaintEvent *event)
     painter.fillRect(event->rect(), d->style == Style::Grouped ? groupedBackground() : Qt::white);
 }
 
-void TableView::layoutVisible(bool trimPool)
+void TableView::Private::layoutVisible(bool trimPool)
 {
-    const double viewTop = contentOffset();
-    const double viewBottom = viewTop + viewport()->height();
-    const int width = viewport()->width();
+    const double viewTop = table->contentOffset();
+    const double viewBottom = viewTop + table->viewport()->height();
+    const int width = table->viewport()->width();
     const auto pixels = [viewTop, width](double top, double height) {
         return QRect(0, qRound(top - viewTop), width, qRound(height));
     };
@@ -452,11 +278,11 @@ void TableView::layoutVisible(bool trimPool)
     // What intersects the view, found by bisection so that a scroll costs O(visible rows).
     QList<IndexPath> rows;
     QList<int> headers;
-    const auto after = std::upper_bound(d->sections.cbegin(), d->sections.cend(), viewTop,
+    const auto after = std::upper_bound(sections.cbegin(), sections.cend(), viewTop,
                                         [](double y, const Section &s) { return y < s.top; });
-    for (auto s = after == d->sections.cbegin() ? after : after - 1;
-         s != d->sections.cend() && s->top < viewBottom; ++s) {
-        const int section = int(s - d->sections.cbegin());
+    for (auto s = after == sections.cbegin() ? after : after - 1;
+         s != sections.cend() && s->top < viewBottom; ++s) {
+        const int section = int(s - sections.cbegin());
         if (intersects(s->top, s->header, viewTop, viewBottom))
             headers.append(section);
         const auto rowAfter = std::upper_bound(s->rowTops.cbegin(), s->rowTops.cend(), viewTop);
@@ -469,18 +295,18 @@ void TableView::layoutVisible(bool trimPool)
     }
 
     // Rows leaving first, so that the rows entering find their cells in the pool.
-    for (auto it = d->visibleCells.begin(); it != d->visibleCells.end();) {
+    for (auto it = visibleCells.begin(); it != visibleCells.end();) {
         if (std::binary_search(rows.cbegin(), rows.cend(), it.key())) {
             ++it;
             continue;
         }
         TableViewCell *cell = it.value();
-        it = d->visibleCells.erase(it);
-        cell->disconnect(this);
+        it = visibleCells.erase(it);
+        cell->disconnect(table);
         cell->hide();
-        d->pool[cell->reuseIdentifier()].append(cell);
+        pool[cell->reuseIdentifier()].append(cell);
     }
-    for (auto it = d->visibleHeaders.begin(); it != d->visibleHeaders.end();) {
+    for (auto it = visibleHeaders.begin(); it != visibleHeaders.end();) {
         if (headers.contains(it.key())) {
             ++it;
             continue;
@@ -489,95 +315,109 @@ void TableView::layoutVisible(bool trimPool)
             header->hide();
             header->deleteLater();
         }
-        it = d->visibleHeaders.erase(it);
+        it = visibleHeaders.erase(it);
     }
 
     for (const IndexPath &indexPath : std::as_const(rows)) {
-        const Section &section = d->sections[indexPath.section];
+        const Section &section = sections[indexPath.section];
         const QRect geometry =
                 pixels(section.rowTops[indexPath.row], section.rowHeights[indexPath.row]);
-        if (TableViewCell *cell = d->visibleCells.value(indexPath)) {
+        if (TableViewCell *cell = visibleCells.value(indexPath)) {
             cell->setGeometry(geometry);
+            placeSeparator(cell, indexPath);
             continue;
         }
-        TableViewCell *cell = d->dataSource->cellForRowAtIndexPath(this, indexPath);
+        TableViewCell *cell = dataSource->cellForRowAtIndexPath(table, indexPath);
         if (!cell) {
             qCWarning(lcPlatform) << "no cell for row" << indexPath.row << "of section"
                                   << indexPath.section;
             continue;
         }
-        if (cell->parentWidget() != viewport())
-            cell->setParent(viewport());
+        if (cell->parentWidget() != table->viewport())
+            cell->setParent(table->viewport());
         cell->setGeometry(geometry);
-        cell->setSelected(std::binary_search(d->selected.cbegin(), d->selected.cend(), indexPath));
-        connect(cell, &TableViewCell::tapped, this, [this, cell] {
-            const auto visible = std::find(d->visibleCells.cbegin(), d->visibleCells.cend(), cell);
-            if (visible != d->visibleCells.cend())
-                selectRowAtIndexPath(visible.key());
+        cell->setSelected(std::binary_search(selected.cbegin(), selected.cend(), indexPath));
+        QObject::connect(cell, &TableViewCell::tapped, table, [this, cell] {
+            const auto visible = std::find(visibleCells.cbegin(), visibleCells.cend(), cell);
+            if (visible != visibleCells.cend())
+                table->selectRowAtIndexPath(visible.key());
         });
-        d->visibleCells.insert(indexPath, cell);
+        visibleCells.insert(indexPath, cell);
+        placeSeparator(cell, indexPath);
         cell->show();
     }
 
     // The pool is trimmed only now, after the entering rows took their cells from it.
     if (trimPool) {
-        for (QList<TableViewCell *> &pool : d->pool) {
-            while (pool.size() > poolLimit) {
+        for (QList<TableViewCell *> &cells : pool) {
+            while (cells.size() > poolLimit) {
                 // Not at once: the cell may be in the middle of emitting tapped.
-                pool.takeFirst()->deleteLater();
+                TableViewCell *cell = cells.takeFirst();
+                separators.remove(cell);
+                cell->deleteLater();
             }
         }
     }
 
     for (int section : std::as_const(headers)) {
-        auto header = d->visibleHeaders.find(section);
-        if (header == d->visibleHeaders.end()) {
-            QWidget *view =
-                    d->delegate ? d->delegate->viewForHeaderInSection(this, section) : nullptr;
+        auto header = visibleHeaders.find(section);
+        if (header == visibleHeaders.end()) {
+            QWidget *view = delegate ? delegate->viewForHeaderInSection(table, section) : nullptr;
             // Kept even when null, so that a section without a header view is asked only once.
-            header = d->visibleHeaders.insert(section, view);
-            if (view && view->parentWidget() != viewport())
-                view->setParent(viewport());
+            header = visibleHeaders.insert(section, view);
+            if (view && view->parentWidget() != table->viewport())
+                view->setParent(table->viewport());
         }
         if (QWidget *view = header.value()) {
-            view->setGeometry(pixels(d->sections[section].top, d->sections[section].header));
+            view->setGeometry(pixels(sections[section].top, sections[section].header));
             view->show();
         }
     }
 }
 
-void TableView::recomputeGeometry()
+void TableView::Private::recomputeGeometry()
 {
     TableViewDelegate defaults;
-    TableViewDelegate *delegate = d->delegate ? d->delegate : &defaults;
-    const int count = d->dataSource ? qMax(0, d->dataSource->numberOfSectionsInTableView(this)) : 0;
-    QList<Section> sections(count);
+    TableViewDelegate *heights = delegate ? delegate : &defaults;
+    const int count = dataSource ? qMax(0, dataSource->numberOfSectionsInTableView(table)) : 0;
+    QList<Section> laidOut(count);
     double y = 0;
     for (int s = 0; s < count; ++s) {
-        Section &section = sections[s];
+        Section &section = laidOut[s];
         section.top = y;
-        section.header = qMax(0.0, delegate->heightForHeaderInSection(this, s));
+        section.header = qMax(0.0, heights->heightForHeaderInSection(table, s));
         y += section.header;
-        const int rows = qMax(0, d->dataSource->numberOfRowsInSection(this, s));
+        const int rows = qMax(0, dataSource->numberOfRowsInSection(table, s));
         section.rowTops.reserve(rows);
         section.rowHeights.reserve(rows);
         for (int r = 0; r < rows; ++r) {
-            const double height = qMax(0.0, delegate->heightForRowAtIndexPath(this, {s, r}));
+            const double height = qMax(0.0, heights->heightForRowAtIndexPath(table, {s, r}));
             section.rowTops.append(y);
             section.rowHeights.append(height);
             y += height;
         }
-        section.footer = qMax(0.0, delegate->heightForFooterInSection(this, s));
+        section.footer = qMax(0.0, heights->heightForFooterInSection(table, s));
         y += section.footer;
     }
-    d->sections = std::move(sections);
-    d->contentHeight = y;
+    sections = std::move(laidOut);
+    contentHeight = y;
 
     // Set last: a shorter range moves the offset, and the scroll that follows lays out the new
     // sections.
-    QScrollBar *bar = verticalScrollBar();
-    bar->setPageStep(viewport()->height());
-    bar->setRange(0, qMax(0, qCeil(d->contentHeight) - viewport()->height()));
+    QScrollBar *bar = table->verticalScrollBar();
+    bar->setPageStep(table->viewport()->height());
+    bar->setRange(0, qMax(0, qCeil(contentHeight) - table->viewport()->height()));
+}
+
+void TableView::Private::placeSeparator(TableViewCell *cell, const IndexPath &indexPath)
+{
+    Hairline *&line = separators[cell];
+    if (!line) {
+        line = new Hairline(cell, separatorColor(), 1, Hairline::Placement::Inside);
+        line->setInset(separatorInset);
+    }
+    // On each row's last line of pixels, but for a section's last row.
+    line->setSuppressed(indexPath.row == sections[indexPath.section].rowTops.size() - 1);
 }
 
 } // namespace bvt

@@ -14,89 +14,14 @@
 #include "core/logging.h"
 #include "notify/preferencedocument.h"
 #include "notify/preferenceswitch.h"
+#include "platform/hairline.h"
 #include "popupcard.h"
 #include "preferencesstyle.h"
 
 #include <QAction>
 #include <QCoreApplication>
-#include <QEvent>
 #include <QLabel>
-#include <QPainter>
 #include <QPointer>
-#include <QtMath>
-
-namespace {
-
-// A line just below a widget, across its width, over whatever lies there. A child would be clipped
-// to the widget, so the line is its sibling: it follows the widget into its parent, keeps to the
-// widget's place and visibility, stays above siblings added later and goes with the widget.
-class LineBelow : public QWidget
-{
-public:
-    LineBelow(QWidget *owner, const QColor &color, qreal thickness)
-        : m_owner(owner), m_color(color), m_thickness(thickness)
-    {
-        setAttribute(Qt::WA_TransparentForMouseEvents);
-        hide();
-        owner->installEventFilter(this);
-        connect(owner, &QObject::destroyed, this, &QObject::deleteLater);
-    }
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (watched != m_owner) {
-            if (event->type() == QEvent::ChildAdded)
-                raise();
-            return false;
-        }
-        switch (event->type()) {
-        case QEvent::ParentChange:
-            if (parentWidget())
-                parentWidget()->removeEventFilter(this);
-            setParent(m_owner->parentWidget());
-            if (parentWidget())
-                parentWidget()->installEventFilter(this);
-            break;
-        case QEvent::Move:
-        case QEvent::Resize:
-            follow();
-            break;
-        case QEvent::Show:
-            follow();
-            show();
-            raise();
-            break;
-        case QEvent::Hide:
-            hide();
-            break;
-        default:
-            break;
-        }
-        return false;
-    }
-
-    // Thinner than a pixel, the line is blended with what lies beneath it.
-    void paintEvent(QPaintEvent *) override
-    {
-        QPainter painter(this);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.fillRect(QRectF(0, 0, width(), m_thickness), m_color);
-    }
-
-private:
-    void follow()
-    {
-        setGeometry(m_owner->x(), m_owner->y() + m_owner->height(), m_owner->width(),
-                    qCeil(m_thickness));
-    }
-
-    QWidget *m_owner;
-    QColor m_color;
-    qreal m_thickness;
-};
-
-} // namespace
 
 class BVTNotifyPreferencesViewController::Private
 {
@@ -284,7 +209,8 @@ QWidget *BVTNotifyPreferencesViewController::viewForHeaderInSection(bvt::TableVi
     label->setText(d->document.categories().value(section).name);
 
     // Along the header's lower edge, just outside it, over the top of the section's first row.
-    new LineBelow(header, bvt::preferences::hairlineColor, bvt::preferences::hairlineThickness);
+    new bvt::Hairline(header, bvt::preferences::hairlineColor, bvt::preferences::hairlineThickness,
+                      bvt::Hairline::Placement::Outside);
     return header;
 }
 

@@ -6,7 +6,6 @@
 #include <Brevanti/platform/Screen.h>
 
 #include "popupcard.h"
-#include "requestcardview.h"
 #include "ui_BVTNotifyRequestViewController.h"
 
 #include <QCoreApplication>
@@ -26,25 +25,6 @@ QString cssColor(const QColor &color)
 }
 
 } // namespace
-
-RequestCardView::RequestCardView(BVTNotifyRequestViewController *controller)
-    : m_controller(controller)
-{ }
-
-void RequestCardView::keepMeUpdatedButtonTapped()
-{
-    m_controller->keepMeUpdatedButtonTapped();
-}
-
-void RequestCardView::customizeButtonTapped()
-{
-    m_controller->customizeButtonTapped();
-}
-
-void RequestCardView::noThanksButtonTapped()
-{
-    m_controller->noThanksButtonTapped();
-}
 
 class BVTNotifyRequestViewController::Private
 {
@@ -89,9 +69,17 @@ BVTNotifyRequestViewController::~BVTNotifyRequestViewController() = default;
 
 void BVTNotifyRequestViewController::loadView()
 {
-    auto *view = new RequestCardView(this);
+    auto *view = new QWidget;
     Ui::BVTNotifyRequestViewController form;
     form.setupUi(view);
+    // The form describes the card; the buttons are connected here, as the form can reach only the
+    // widgets it builds and the handlers are this controller's.
+    connect(form.keepMeUpdatedButton, &QPushButton::clicked, this,
+            &BVTNotifyRequestViewController::keepMeUpdatedButtonTapped);
+    connect(form.customizeButton, &QPushButton::clicked, this,
+            &BVTNotifyRequestViewController::customizeButtonTapped);
+    connect(form.noThanksButton, &QPushButton::clicked, this,
+            &BVTNotifyRequestViewController::noThanksButtonTapped);
     d->alertIcon = form.alertIcon;
     d->headerLabel = form.headerLabel;
     d->subheaderLabel = form.subheaderLabel;

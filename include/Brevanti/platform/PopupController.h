@@ -66,8 +66,6 @@ private:
     class Private;
 
     bool eventFilter(QObject *watched, QEvent *event) override;
-    void layoutCard();
-    void showTop(bool animated);
 
     const std::unique_ptr<Private> d;
 };

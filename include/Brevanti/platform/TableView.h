@@ -100,10 +100,6 @@ protected:
 
 private:
     class Private;
-
-    void layoutVisible(bool trimPool = true);
-    void recomputeGeometry();
-
     const std::unique_ptr<Private> d;
 };
 

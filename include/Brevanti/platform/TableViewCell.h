@@ -66,9 +66,6 @@ protected:
 
 private:
     class Private;
-
-    void layoutAccessory();
-
     const std::unique_ptr<Private> d;
 };
 
