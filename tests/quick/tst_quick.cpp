@@ -4,6 +4,7 @@
 // Quick window, against the local service and the stand-in operating system.
 #include "localservice.h"
 #include "logcapture.h"
+#include "quicktexts.h"
 
 #include "standinoperatingsystem.h"
 
@@ -85,60 +86,6 @@ void tap(QQuickItem *item)
                           type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, {});
         QCoreApplication::sendEvent(item->window(), &event);
     }
-}
-
-// The contrast ratio of two colours as WCAG defines it, from 1 to 21.
-double contrast(const QColor &a, const QColor &b)
-{
-    const auto luminance = [](const QColor &c) {
-        const auto linear = [](float v) {
-            return v <= 0.04045f ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
-        };
-        return 0.2126 * linear(c.redF()) + 0.7152 * linear(c.greenF()) + 0.0722 * linear(c.blueF());
-    };
-    const double x = luminance(a), y = luminance(b);
-    return (std::max(x, y) + 0.05) / (std::min(x, y) + 0.05);
-}
-
-// Every text shown in window, with the colour drawn most behind it: the most common pixel of its
-// area that is not its own colour (a glyph's strokes cover less than its background), or its own
-// when there is no other.
-QList<std::tuple<QString, QColor, QColor>> shownTexts(QQuickWindow &window)
-{
-    const QImage image = window.grabWindow();
-    QList<std::tuple<QString, QColor, QColor>> texts;
-    QList<QQuickItem *> below{window.contentItem()};
-    while (!below.isEmpty()) {
-        QQuickItem *item = below.takeFirst();
-        if (!item->isVisible() || item->opacity() == 0)
-            continue;
-        below << item->childItems();
-        const QString text = item->property("text").toString();
-        if (!item->inherits("QQuickText") || text.trimmed().isEmpty())
-            continue;
-        const QRect area = item->mapRectToScene(item->boundingRect()).toRect() & image.rect();
-        const QColor colour = item->property("color").value<QColor>();
-        const QRgb own = colour.rgb();
-        QHash<QRgb, int> counts;
-        for (int y = area.top(); y <= area.bottom(); ++y)
-            for (int x = area.left(); x <= area.right(); ++x)
-                if (const QRgb pixel = image.pixel(x, y) | 0xff000000; pixel != own)
-                    ++counts[pixel];
-        const auto behind = std::max_element(counts.cbegin(), counts.cend());
-        if (area.isEmpty())
-            continue;
-        // A translucent text is drawn blended with what is behind it.
-        const QColor back(behind != counts.cend() ? behind.key() : own);
-        const auto blend = [&](float front, float rear) {
-            return front * colour.alphaF() + rear * (1 - colour.alphaF());
-        };
-        texts.append({text,
-                      QColor::fromRgbF(blend(colour.redF(), back.redF()),
-                                       blend(colour.greenF(), back.greenF()),
-                                       blend(colour.blueF(), back.blueF())),
-                      back});
-    }
-    return texts;
 }
 
 } // namespace
@@ -482,19 +429,11 @@ private Q_SLOTS:
         QStringList unreadable;
         std::pair<double, QString> lowest{21, QString()};
         const auto readable = [&](const char *screen) {
-            // scripts/readme-pictures keeps them.
-            if (const QString pictures = qEnvironmentVariable("BREVANTI_PICTURES");
-                !pictures.isEmpty())
-                window.grabWindow().save(QString("%1/%2, %3.png").arg(pictures, style, screen));
-            for (const auto &[text, colour, behind] : shownTexts(window)) {
+            for (const auto &[text, measured] : readability::shownTexts(window)) {
                 ++checked;
-                const double ratio = contrast(colour, behind);
-                lowest = std::min(lowest, {ratio, text});
-                if (ratio < 4.5)
-                    unreadable << QString("%1, %2: \"%3\" in %4 on %5, contrast %6:1")
-                                          .arg(style, screen, text, colour.name(), behind.name())
-                                          .arg(ratio, 0, 'f', 2);
+                lowest = std::min(lowest, {measured.ratio, text});
             }
+            unreadable << readability::unreadableTexts(window, style + ", " + screen);
         };
         QSignalSpy registered(bvt::Client::instance()->initialise("test-client", "test-secret"),
                               &bvt::Reply::finished);

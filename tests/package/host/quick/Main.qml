@@ -3,9 +3,10 @@ import QtQuick.Controls
 import Brevanti
 
 // A first run, walked by itself one step at a time: once the device is registered the host opens
-// the permission card from C++; Customize Notifications shows the preferences; the first switch is flipped and the
-// service asked until it reads the flip; Done closes the card; the user signs in. Exits 0 when
-// every step happened, 1 naming the step that did not within ten seconds.
+// the permission card from C++, whose texts must read; Customize Notifications shows the
+// preferences, whose texts must read too; the first switch is flipped and the service asked until
+// it reads the flip; Done closes the card; the user signs in. Exits 0 when every step happened, 1
+// naming the step that did not within ten seconds.
 Window {
     id: window
     width: 375
@@ -42,9 +43,22 @@ Window {
                 preference => preference.name === flipped.name && preference.enabled === flipped.on))
     }
 
+    // The card's texts, read in the style the host runs in; an unreadable one ends the walk.
+    function readable(where) {
+        const unreadable = readability.unreadable(window, where)
+        if (unreadable !== "")
+            throw new Error(unreadable)
+        return true
+    }
+
     readonly property var steps: [
         ["the device to be registered", () => Brevanti.deviceId !== ""],
+        ["the card", () => find(contentItem, item => item instanceof Button
+                                                      && item.text === "No Thanks") !== null],
+        ["the card to read", () => readable("the card")],
         ["the Customize Notifications button", () => tap("Customize Notifications")],
+        ["the preferences in the card", () => firstSwitch() !== null],
+        ["the preferences to read", () => readable("the preferences")],
         ["a switch", () => {
             const toggle = firstSwitch()
             if (toggle) {
