@@ -38,15 +38,17 @@ ApplicationWindow {
                     ColumnLayout {
                         required property var modelData
                         Layout.fillWidth: true
+                        // The style's text colour, lighter for what is secondary: readable in
+                        // every style, light or dark.
                         Label {
                             text: modelData[0]
-                            color: "#8e8e93"
+                            opacity: 0.7
                             font.pixelSize: 12
                         }
                         Label {
                             Layout.fillWidth: true
                             text: modelData[1] || modelData[2]
-                            color: modelData[1] ? "black" : "#8e8e93"
+                            opacity: modelData[1] ? 1 : 0.7
                             font.pixelSize: 15
                             wrapMode: Text.WrapAnywhere
                         }

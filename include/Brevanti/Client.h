@@ -42,6 +42,14 @@ class BREVANTI_CORE_EXPORT Client : public QObject
     Q_PROPERTY(QString pushToken READ pushToken NOTIFY pushTokenChanged)
     /// Whether initialise() (or BVT::initWithLaunchOptions) was called in this process.
     Q_PROPERTY(bool initialised READ isInitialised NOTIFY initialisedChanged)
+    /// Whether the widget screens (the permission card and the preferences screen) take the
+    /// host's palette, light or dark, instead of their own colours; false unless set. Their fonts
+    /// are the application's either way, and the card's tint is the one it is asked with: a text
+    /// on the tint takes whichever of the palette's window and text colours reads better on it.
+    /// It applies to the screens shown after it is set. The QML screens always take their style's
+    /// colours.
+    Q_PROPERTY(bool widgetScreensFollowPalette READ widgetScreensFollowPalette WRITE
+                       setWidgetScreensFollowPalette NOTIFY widgetScreensFollowPaletteChanged)
 
 public:
     /// How the permission card ended; see cardFinished().
@@ -64,6 +72,8 @@ public:
     QString user() const;
     QString pushToken() const;
     bool isInitialised() const;
+    bool widgetScreensFollowPalette() const;
+    void setWidgetScreensFollowPalette(bool follow);
     ///@}
 
     /// Starts the library with the application's client credentials, and registers the device
@@ -108,6 +118,7 @@ Q_SIGNALS:
     void userChanged();
     void pushTokenChanged();
     void initialisedChanged();
+    void widgetScreensFollowPaletteChanged();
     ///@}
     /// The permission card that BVTNotify::requestCustomPreferences (or QML's
     /// Brevanti.requestCustomPreferences) asked for ended, in the widget card and the QML card

@@ -76,6 +76,19 @@ bool Client::isInitialised() const
     return d->session != nullptr;
 }
 
+bool Client::widgetScreensFollowPalette() const
+{
+    return d->widgetScreensFollowPalette;
+}
+
+void Client::setWidgetScreensFollowPalette(bool follow)
+{
+    if (follow == d->widgetScreensFollowPalette)
+        return;
+    d->widgetScreensFollowPalette = follow;
+    Q_EMIT widgetScreensFollowPaletteChanged();
+}
+
 Start ClientPrivate::initialise(const QString &clientId, const QString &clientSecret,
                                 const Completion &done)
 {

@@ -50,6 +50,7 @@ public:
     Announced deviceId;
     Announced user;
     Announced pushToken;
+    bool widgetScreensFollowPalette = false;
 };
 
 // Whether the permission card may show. A stored push token is the library's only sign that push

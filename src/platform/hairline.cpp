@@ -25,6 +25,12 @@ void Hairline::setInset(const QMargins &inset)
     follow();
 }
 
+void Hairline::setColor(const QColor &color)
+{
+    m_color = color;
+    update();
+}
+
 void Hairline::setSuppressed(bool suppressed)
 {
     if (suppressed == m_suppressed)

@@ -26,6 +26,7 @@ public:
     void setInset(const QMargins &inset);
     // A suppressed line stays hidden, whatever its owner does.
     void setSuppressed(bool suppressed);
+    void setColor(const QColor &color);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -37,7 +38,7 @@ private:
     void showWithOwner();
 
     QWidget *const m_owner;
-    const QColor m_color;
+    QColor m_color;
     const qreal m_thickness;
     const Placement m_placement;
     QMargins m_inset;

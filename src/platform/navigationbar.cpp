@@ -76,6 +76,8 @@ NavigationBar::NavigationBar(QWidget *parent) : QWidget(parent), d(std::make_uni
     d->back->setAutoRaise(true);
     d->back->hide();
     setTintColor(QColor::fromRgbF(0, 0.48f, 1));
+    // On the white bar, whatever the application's palette says (a dark one has a light text).
+    setTitleColor(Qt::black);
 }
 
 NavigationBar::~NavigationBar() = default;

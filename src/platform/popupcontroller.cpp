@@ -10,11 +10,19 @@ namespace bvt {
 
 namespace {
 
-// The card: a white rounded rectangle whose mask also clips the bar and content to the corners.
+// The card: a rounded rectangle whose mask also clips the bar and content to the corners.
 class PopupCard : public QWidget
 {
 public:
-    PopupCard(double radius, QWidget *parent) : QWidget(parent), m_radius(radius) { }
+    PopupCard(double radius, const QColor &color, QWidget *parent)
+        : QWidget(parent), m_radius(radius), m_color(color)
+    { }
+
+    void setColor(const QColor &color)
+    {
+        m_color = color;
+        update();
+    }
 
     void setRadius(double radius)
     {
@@ -29,7 +37,7 @@ protected:
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(Qt::white);
+        painter.setBrush(m_color);
         painter.drawRoundedRect(rect(), m_radius, m_radius);
     }
 
@@ -44,6 +52,7 @@ private:
     }
 
     double m_radius;
+    QColor m_color;
 };
 
 } // namespace
@@ -91,6 +100,7 @@ public:
     QPointer<QWidget> content;
     bool barHidden = false;
     double cornerRadius = 4;
+    QColor cardColor = Qt::white;
 };
 
 PopupController::PopupController(ViewController *root, QObject *parent)
@@ -139,7 +149,7 @@ void PopupController::presentInViewController(ViewController *presenting)
     d->background->setParent(window);
     d->background->setGeometry(frame);
 
-    d->container = new PopupCard(d->cornerRadius, window);
+    d->container = new PopupCard(d->cornerRadius, d->cardColor, window);
     d->bar = new PopupNavigationBar(d->container);
     d->bar->setVisible(!d->barHidden);
     d->content = new QWidget(d->container);
@@ -203,6 +213,18 @@ QWidget *PopupController::containerView() const
 PopupNavigationBar *PopupController::navigationBar() const
 {
     return d->bar;
+}
+
+QColor PopupController::cardColor() const
+{
+    return d->cardColor;
+}
+
+void PopupController::setCardColor(const QColor &color)
+{
+    d->cardColor = color;
+    if (d->container)
+        static_cast<PopupCard *>(d->container.data())->setColor(color);
 }
 
 double PopupController::cornerRadius() const

@@ -21,7 +21,7 @@ QColor groupedBackground()
     return QColor::fromRgbF(0.94, 0.94, 0.96);
 }
 
-QColor separatorColor()
+QColor defaultSeparatorColor()
 {
     return QColor::fromRgbF(0.78, 0.78, 0.8);
 }
@@ -62,6 +62,8 @@ public:
     QHash<TableViewCell *, Hairline *> separators;
     QList<IndexPath> selected;
     QMargins separatorInset{15, 0, 0, 0};
+    QColor background;
+    QColor separatorColor = defaultSeparatorColor();
     QMargins layoutMargins;
     int cellsCreated = 0;
 };
@@ -194,6 +196,29 @@ double TableView::contentOffset() const
     return verticalScrollBar()->value();
 }
 
+QColor TableView::backgroundColor() const
+{
+    return d->background;
+}
+
+void TableView::setBackgroundColor(const QColor &color)
+{
+    d->background = color;
+    viewport()->update();
+}
+
+QColor TableView::separatorColor() const
+{
+    return d->separatorColor;
+}
+
+void TableView::setSeparatorColor(const QColor &color)
+{
+    d->separatorColor = color;
+    for (Hairline *line : std::as_const(d->separators))
+        line->setColor(color);
+}
+
 QMargins TableView::separatorInset() const
 {
     return d->separatorInset;
@@ -263,7 +288,11 @@ void TableView::scrollContentsBy(int, int)
 void TableView::paintEvent(QPaintEvent *event)
 {
     QPainter painter(viewport());
-    painter.fillRect(event->rect(), d->style == Style::Grouped ? groupedBackground() : Qt::white);
+    if (d->background.isValid())
+        painter.fillRect(event->rect(), d->background);
+    else
+        painter.fillRect(event->rect(),
+                         d->style == Style::Grouped ? groupedBackground() : QColor(Qt::white));
 }
 
 void TableView::Private::layoutVisible(bool trimPool)
@@ -413,7 +442,7 @@ void TableView::Private::placeSeparator(TableViewCell *cell, const IndexPath &in
 {
     Hairline *&line = separators[cell];
     if (!line) {
-        line = new Hairline(cell, separatorColor(), 1, Hairline::Placement::Inside);
+        line = new Hairline(cell, separatorColor, 1, Hairline::Placement::Inside);
         line->setInset(separatorInset);
     }
     // On each row's last line of pixels, but for a section's last row.

@@ -28,6 +28,7 @@ public:
 
     TableViewCell *const cell;
     const QString reuseIdentifier;
+    QColor background = Qt::white;
     QWidget *const contentView;
     QWidget *accessoryView = nullptr;
     SelectionStyle selectionStyle = SelectionStyle::Default;
@@ -96,6 +97,17 @@ TableViewCell::SelectionStyle TableViewCell::selectionStyle() const
     return d->selectionStyle;
 }
 
+QColor TableViewCell::backgroundColor() const
+{
+    return d->background;
+}
+
+void TableViewCell::setBackgroundColor(const QColor &color)
+{
+    d->background = color;
+    update();
+}
+
 void TableViewCell::setSelectionStyle(SelectionStyle style)
 {
     d->selectionStyle = style;
@@ -142,7 +154,7 @@ void TableViewCell::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
     const bool highlighted = d->selected && d->selectionStyle == SelectionStyle::Default;
-    painter.fillRect(event->rect(), highlighted ? selectedBackground() : QColor(Qt::white));
+    painter.fillRect(event->rect(), highlighted ? selectedBackground() : d->background);
 }
 
 void TableViewCell::resizeEvent(QResizeEvent *)

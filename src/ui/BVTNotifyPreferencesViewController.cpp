@@ -17,6 +17,7 @@
 #include "platform/hairline.h"
 #include "popupcard.h"
 #include "preferencesstyle.h"
+#include "screencolors.h"
 
 #include <QAction>
 #include <QCoreApplication>
@@ -29,6 +30,7 @@ public:
     bvt::TableView *tableView = nullptr;
     QAction *doneButton = nullptr;
     bvt::PreferenceDocument document;
+    bvt::ScreenColors colors; // as the screen was built
 };
 
 BVTNotifyPreferencesViewController::BVTNotifyPreferencesViewController(QObject *parent)
@@ -81,7 +83,13 @@ void BVTNotifyPreferencesViewController::viewDidLoad()
 {
     bvt::ViewController::viewDidLoad();
     d->document.clear();
+    d->colors = bvt::ScreenColors::current();
     d->tableView = new bvt::TableView(bvt::TableView::Style::Grouped, view());
+    if (d->colors.followsPalette()) {
+        bvt::preferences::setBackgroundColor(view(), d->colors.background);
+        d->tableView->setBackgroundColor(d->colors.background);
+        d->tableView->setSeparatorColor(d->colors.hairline);
+    }
     d->tableView->setGeometry(0, 0, view()->width(), view()->height());
     d->tableView->setDelegate(this);
     d->tableView->setDataSource(this);
@@ -173,13 +181,14 @@ BVTNotifyPreferencesViewController::cellForRowAtIndexPath(bvt::TableView *tableV
     auto *cell = new bvt::TableViewCell(bvt::TableViewCell::Style::Subtitle, cellIdentifier);
     cell->setSelectionStyle(bvt::TableViewCell::SelectionStyle::None);
     cell->setLayoutMargins(bvt::preferences::margins);
+    cell->setBackgroundColor(d->colors.rowBackground);
 
     auto *label = new QLabel(cell->contentView());
     label->setGeometry(bvt::preferences::cellLabelFrame);
     label->setFont(bvt::preferences::boldFont());
     label->setText(preference.name);
     label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    bvt::preferences::setTextColor(label, bvt::preferences::cellTextColor);
+    bvt::preferences::setTextColor(label, d->colors.rowText);
 
     auto *toggle = new BVTNotifySwitch;
     toggle->setCategory(category.key);
@@ -199,17 +208,17 @@ QWidget *BVTNotifyPreferencesViewController::viewForHeaderInSection(bvt::TableVi
     const int width = tableView->width();
     auto *header = new QWidget;
     header->setGeometry(0, 0, width, int(headerHeight));
-    bvt::preferences::setBackgroundColor(header, bvt::preferences::headerBackground);
+    bvt::preferences::setBackgroundColor(header, d->colors.headerBackground);
 
     auto *label = new QLabel(header);
     label->setGeometry(bvt::preferences::headerLabelLeft, bvt::preferences::headerLabelTop, width,
                        bvt::preferences::headerLabelHeight);
     label->setFont(bvt::preferences::boldFont());
-    bvt::preferences::setTextColor(label, bvt::preferences::headerTextColor);
+    bvt::preferences::setTextColor(label, d->colors.headerText);
     label->setText(d->document.categories().value(section).name);
 
     // Along the header's lower edge, just outside it, over the top of the section's first row.
-    new bvt::Hairline(header, bvt::preferences::hairlineColor, bvt::preferences::hairlineThickness,
+    new bvt::Hairline(header, d->colors.hairline, bvt::preferences::hairlineThickness,
                       bvt::Hairline::Placement::Outside);
     return header;
 }

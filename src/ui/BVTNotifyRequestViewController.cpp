@@ -6,6 +6,7 @@
 #include <Brevanti/platform/Screen.h>
 
 #include "popupcard.h"
+#include "screencolors.h"
 #include "ui_BVTNotifyRequestViewController.h"
 
 #include <QCoreApplication>
@@ -13,7 +14,6 @@
 
 namespace {
 
-const QColor noThanksColor = QColor::fromRgbF(0.75f, 0.75f, 0.75f, 1.0f);
 constexpr int portraitHeight = 460;
 constexpr int landscapeHeight = 340;
 constexpr int customizeBorderWidth = 2;
@@ -87,9 +87,6 @@ void BVTNotifyRequestViewController::loadView()
     d->customizeButton = form.customizeButton;
     d->noThanksButton = form.noThanksButton;
     view->setAutoFillBackground(true);
-    QPalette palette = view->palette();
-    palette.setColor(QPalette::Window, Qt::white);
-    view->setPalette(palette);
     setView(view);
 }
 
@@ -100,30 +97,39 @@ void BVTNotifyRequestViewController::viewWillAppear(bool animated)
     bvt::ViewController::viewDidAppear(animated);
     if (popupController())
         popupController()->setNavigationBarHidden(true, false);
-    view(); // the outlets
+    // Their own colours, or the host's palette when it asked for it; read again on each appearance.
+    const bvt::ScreenColors colors = bvt::ScreenColors::current();
+    QPalette palette = view()->palette(); // and the outlets
+    palette.setColor(QPalette::Window, colors.background);
+    view()->setPalette(palette);
     const QString color = cssColor(d->popupColor);
+    const QString onTint = cssColor(colors.onTint(d->popupColor));
+    const QString tintAsText = cssColor(colors.tintAsText(d->popupColor));
     d->alertIcon->setStyleSheet(
-            QStringLiteral("background-color: %1; color: white; border-radius: 36px;").arg(color));
-    d->headerLabel->setStyleSheet(QStringLiteral("color: %1;").arg(color));
+            QStringLiteral("background-color: %1; color: %2; border-radius: 36px;")
+                    .arg(color, onTint));
+    d->headerLabel->setStyleSheet(QStringLiteral("color: %1;").arg(tintAsText));
     d->headerLabel->setText(d->popupHeader);
+    d->subheaderLabel->setStyleSheet(QStringLiteral("color: %1;").arg(cssColor(colors.text)));
     d->subheaderLabel->setText(d->popupSubHeader);
     d->keepMeUpdatedButton->setText(
             QCoreApplication::translate("PermissionCard", "Keep Me Updated"));
     d->keepMeUpdatedButton->setStyleSheet(
-            QStringLiteral("QPushButton { background-color: %1; color: white; border: none;"
+            QStringLiteral("QPushButton { background-color: %1; color: %2; border: none;"
                            " border-radius: 4px; font-weight: bold; }")
-                    .arg(color));
+                    .arg(color, onTint));
     d->customizeButton->setText(
             QCoreApplication::translate("PermissionCard", "Customize Notifications"));
     d->customizeButton->setStyleSheet(
-            QStringLiteral("QPushButton { color: %1; background: white; border: %2px solid %1;"
+            QStringLiteral("QPushButton { color: %1; background: %2; border: %3px solid %4;"
                            " border-radius: 4px; font-weight: bold; }")
-                    .arg(color)
-                    .arg(customizeBorderWidth));
+                    .arg(tintAsText, cssColor(colors.background))
+                    .arg(customizeBorderWidth)
+                    .arg(color));
     d->noThanksButton->setText(QCoreApplication::translate("PermissionCard", "No Thanks"));
     d->noThanksButton->setStyleSheet(
             QStringLiteral("QPushButton { color: %1; background: transparent; border: none; }")
-                    .arg(noThanksColor.name()));
+                    .arg(cssColor(colors.secondaryText)));
 }
 
 void BVTNotifyRequestViewController::keepMeUpdatedButtonTapped()

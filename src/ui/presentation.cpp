@@ -10,6 +10,7 @@
 #include <Brevanti/platform/Window.h>
 
 #include "core/screens.h"
+#include "screencolors.h"
 
 #include <QColor>
 #include <QPixmap>
@@ -25,11 +26,12 @@ void showCard(const bvt::CardRequest &request)
     bvt::ViewController *top = BVTNotify::topViewController();
 
     // Process-wide: every popup bar made from now on looks like this, until the next call.
+    const bvt::ScreenColors colors = bvt::ScreenColors::current();
     bvt::PopupNavigationBar::Appearance &look = bvt::PopupNavigationBar::appearance();
     look.barTintColor = color;
-    look.tintColor = Qt::white;
+    look.tintColor = colors.onTint(color);
     look.barStyle = bvt::PopupNavigationBar::BarStyle::Default;
-    look.titleColor = Qt::white;
+    look.titleColor = colors.onTint(color);
 
     auto *card = new BVTNotifyRequestViewController(color, request.icon.value<QPixmap>(),
                                                     request.header, request.subHeader);
@@ -43,6 +45,7 @@ void showCard(const bvt::CardRequest &request)
     background->setPalette(palette);
     popup->setBackgroundView(background);
     popup->setCornerRadius(popupCornerRadius);
+    popup->setCardColor(colors.background);
     if (top) {
         popup->presentInViewController(top);
     } else {

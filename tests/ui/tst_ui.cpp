@@ -1,6 +1,7 @@
 #include "localservice.h"
 #include "logcapture.h"
 #include "phonewindow.h"
+#include "readability.h"
 #include "standinoperatingsystem.h"
 
 #include <Brevanti/BVT.h>
@@ -47,6 +48,41 @@ QString labelText(QWidget *cell)
 BVTNotifySwitch *switchOf(bvt::TableViewCell *cell)
 {
     return qobject_cast<BVTNotifySwitch *>(cell->accessoryView());
+}
+
+// A dark palette, as a host in dark mode has.
+QPalette darkPalette()
+{
+    QPalette palette;
+    for (const auto &[role, colour] : {std::pair{QPalette::Window, "#1e1e1e"},
+                                       {QPalette::WindowText, "#e6e6e6"},
+                                       {QPalette::Base, "#2a2a2a"},
+                                       {QPalette::Text, "#f0f0f0"},
+                                       {QPalette::Button, "#333333"},
+                                       {QPalette::ButtonText, "#e6e6e6"},
+                                       {QPalette::Mid, "#555555"}})
+        palette.setColor(role, QColor(colour));
+    return palette;
+}
+
+// Each text a view shows whole (labels and buttons; not a row half scrolled out), measured from
+// the window's pixels, inside the borders a button may have.
+QList<std::pair<QWidget *, readability::Measure>> shownTexts(QWidget *view)
+{
+    QWidget *window = view->window();
+    const QImage image = window->grab().toImage();
+    QList<std::pair<QWidget *, readability::Measure>> texts;
+    for (QWidget *widget : view->findChildren<QWidget *>()) {
+        const auto *label = qobject_cast<QLabel *>(widget);
+        const auto *button = qobject_cast<QAbstractButton *>(widget);
+        const QString text = label ? label->text() : button ? button->text() : QString();
+        if (text.trimmed().isEmpty() || !widget->isVisibleTo(window)
+            || widget->visibleRegion().boundingRect() != widget->rect())
+            continue;
+        const QRect area(widget->mapTo(window, QPoint()), widget->size());
+        texts.append({widget, readability::measure(image, area.adjusted(3, 3, -3, -3))});
+    }
+    return texts;
 }
 
 } // namespace
@@ -214,6 +250,69 @@ private Q_SLOTS:
         for (const QVariantList &signal : std::as_const(outcomes))
             told << signal.value(0).toInt();
         QTEST(told, "outcomes");
+    }
+
+    // A host that asks for it has the card, its preferences and the pushed screen (under the
+    // host's own navigation bar) in its palette, light or dark, every text readable; a host that
+    // does not keeps the screens' own white.
+    void screensFollowTheHostsPalette_data()
+    {
+        QTest::addColumn<bool>("follow");
+        QTest::addColumn<QPalette>("palette");
+        QTest::newRow("light host") << true << QApplication::palette();
+        QTest::newRow("dark host") << true << darkPalette();
+        QTest::newRow("dark host, own colours") << false << darkPalette();
+    }
+
+    void screensFollowTheHostsPalette()
+    {
+        QFETCH(bool, follow);
+        QFETCH(QPalette, palette);
+        const QPalette before = QApplication::palette();
+        const auto restore = qScopeGuard([&before] {
+            QApplication::setPalette(before);
+            bvt::Client::instance()->setWidgetScreensFollowPalette(false);
+        });
+        QApplication::setPalette(palette);
+        QSignalSpy changed(bvt::Client::instance(),
+                           &bvt::Client::widgetScreensFollowPaletteChanged);
+        bvt::Client::instance()->setWidgetScreensFollowPalette(follow);
+        QCOMPARE(changed.size(), int(follow));
+        m_phone = std::make_unique<PhoneWindow>();
+
+        QStringList unreadable;
+        int read = 0;
+        const auto check = [&](QWidget *view, const char *screen) {
+            for (const auto &[widget, measured] : shownTexts(view)) {
+                ++read;
+                if (measured.ratio < 4.5)
+                    unreadable << QString("%1, %2: \"%3\" in %4 on %5, contrast %6:1")
+                                          .arg(QTest::currentDataTag(), screen,
+                                               widget->property("text").toString(),
+                                               measured.ink.name(), measured.background.name())
+                                          .arg(measured.ratio, 0, 'f', 2);
+            }
+        };
+        BVTNotify::requestCustomPreferences();
+        bvt::PopupController *popup = shownPopup();
+        auto *request = qobject_cast<Request *>(popup->topViewController());
+        const readability::Measure subHeader = readability::measure(
+                m_phone->widget()->grab().toImage(), m_phone->frameOf(request->subheaderLabel()));
+        QCOMPARE(subHeader.background,
+                 follow ? palette.color(QPalette::Window) : QColor(Qt::white));
+        if (!follow)
+            return; // the screens' own look, tested by pixels elsewhere
+        check(popup->containerView(), "the card");
+        request->customizeButton()->click();
+        auto *inCard = qobject_cast<Preferences *>(popup->topViewController());
+        QTRY_VERIFY(!inCard->tableData().isEmpty());
+        check(popup->containerView(), "the preferences in the card");
+        QTest::mouseClick(popup->navigationBar()->rightButton(), Qt::LeftButton);
+        Preferences *pushed = open();
+        QTRY_VERIFY(!pushed->tableData().isEmpty());
+        check(pushed->view(), "the preferences screen");
+        QVERIFY2(unreadable.isEmpty(), qPrintable(unreadable.join('\n')));
+        QVERIFY(read > 15);
     }
 
     void topControllerWalk_data()

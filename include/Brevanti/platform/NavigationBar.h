@@ -40,7 +40,7 @@ public:
 
     void setBarTintColor(const QColor &color); ///< background
     void setTintColor(const QColor &color);    ///< button text
-    /// The title's font and colour.
+    /// The title's font and colour; bold 17 pixels and black by default.
     ///@{
     void setTitleFont(const QFont &font);
     void setTitleColor(const QColor &color);

@@ -8,6 +8,7 @@
 #include <Brevanti/platform/PopupNavigationBar.h>
 #include <Brevanti/platform/ViewController.h>
 
+#include <QColor>
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -52,6 +53,11 @@ public:
     QWidget *containerView() const;                           ///< the card
     /// The card's bar, made when presented (null before), in PopupNavigationBar::appearance().
     PopupNavigationBar *navigationBar() const;
+    /// The card's colour behind its content; white by default.
+    ///@{
+    QColor cardColor() const;
+    void setCardColor(const QColor &color);
+    ///@}
     /// The radius of the card's corners, 4 by default.
     ///@{
     double cornerRadius() const;

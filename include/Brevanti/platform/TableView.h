@@ -11,6 +11,7 @@
 #include <Brevanti/platform/TableViewDelegate.h>
 
 #include <QAbstractScrollArea>
+#include <QColor>
 #include <QHash>
 #include <QList>
 #include <QMap>
@@ -74,6 +75,17 @@ public:
     double contentOffset() const;
     ///@}
 
+    /// The colour behind and between the rows; the style's (white, or the grouped light grey)
+    /// while it is invalid, as by default.
+    ///@{
+    QColor backgroundColor() const;
+    void setBackgroundColor(const QColor &color);
+    ///@}
+    /// The colour of the lines between rows; a light grey by default.
+    ///@{
+    QColor separatorColor() const;
+    void setSeparatorColor(const QColor &color);
+    ///@}
     /// Where the lines between rows start and end; 15 pixels from the left by default.
     ///@{
     QMargins separatorInset() const;

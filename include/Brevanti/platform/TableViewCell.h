@@ -5,6 +5,7 @@
 
 #include <Brevanti/brevanti_widgets_export.h>
 
+#include <QColor>
 #include <QMargins>
 #include <QString>
 #include <QWidget>
@@ -40,6 +41,11 @@ public:
     /// The widget at the cell's right (a switch, say); null for none.
     QWidget *accessoryView() const;
     void setAccessoryView(QWidget *view); ///< takes ownership; right-aligned, vertically centred
+    /// The cell's background while it is not highlighted; white by default.
+    ///@{
+    QColor backgroundColor() const;
+    void setBackgroundColor(const QColor &color);
+    ///@}
     /// How a selected cell shows it; Default by default.
     ///@{
     SelectionStyle selectionStyle() const;
