@@ -175,9 +175,7 @@ private Q_SLOTS:
         QTest::newRow("expires a millisecond ahead")
                 << someInstant.addMSecs(1) << secret << bvtsim::Fault() << 0;
         QTest::newRow("wrong secret") << QDateTime() << "wrong" << bvtsim::Fault() << 401;
-        bvtsim::Fault dropped;
-        dropped.dropConnection = true;
-        QTest::newRow("dropped") << QDateTime() << secret << dropped
+        QTest::newRow("dropped") << QDateTime() << secret << bvtsim::Fault::drop()
                                  << int(QNetworkReply::RemoteHostClosedError);
     }
 
@@ -308,8 +306,9 @@ private Q_SLOTS:
     // the token answer held none, it still goes, naming nil.
     void requestKeepsItsManagerAndReadsTheBearerWhenItGoesOut()
     {
-        m_local->service().setFault("POST", "/oauth/token",
-                                    {0, 200, R"({"created_at":0,"expires_in":0})", {}});
+        m_local->service().setFault(
+                "POST", "/oauth/token",
+                bvtsim::Fault::answer(200, R"({"created_at":0,"expires_in":0})"));
         Outcomes outcomes;
         std::weak_ptr<BVTManager> watch;
         {

@@ -132,7 +132,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, answer);
         QFETCH(QString, stored);
 
-        m_local->service().setFault("POST", "/devices", {0, status, answer, {}});
+        m_local->service().setFault("POST", "/devices", bvtsim::Fault::answer(status, answer));
         Outcomes outcomes;
         m_manager->initDevice(outcomes.success(), outcomes.failure());
         QTRY_VERIFY(m_local->nothingUnderWay());
@@ -236,7 +236,7 @@ private Q_SLOTS:
         QVERIFY_THROWS_EXCEPTION(std::invalid_argument, BVT::assignDeviceToUser(QString()));
         QVERIFY(m_local->nothingUnderWay()); // a nil user is refused before anything is sent
         for (const char *path : {"/devices/assign", "/devices/unassign"})
-            m_local->service().setFault("PATCH", path, {0, 500, {}, {}});
+            m_local->service().setFault("PATCH", path, bvtsim::Fault::status(500));
         Outcomes outcomes;
         BVT::assignDeviceToUser("other", outcomes.success(), outcomes.failure());
         BVT::unassignDevice(outcomes.success(), outcomes.failure());

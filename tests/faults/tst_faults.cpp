@@ -9,6 +9,9 @@
 #include <QtNetwork>
 #include <QtTest>
 
+using bvtsim::Fault;
+using namespace std::chrono_literals;
+
 namespace {
 
 // How a row must end: the success callback, the failure callback without an answer (null text) or
@@ -66,12 +69,12 @@ private Q_SLOTS:
     void faultEndsInOneOutcome_data()
     {
         QTest::addColumn<QByteArray>("target"); // "token" or the verb of the request
-        QTest::addColumn<bvtsim::Fault>("fault");
+        QTest::addColumn<Fault>("fault");
         QTest::addColumn<QByteArray>("reach"); // "service"; "refused" or "untrusted": no answer
         QTest::addColumn<Expect>("expect");
 
         // Each rule once for the token request and once for a request, the verbs taking turns.
-        const auto rows = [&](const char *name, const QByteArray &verb, const bvtsim::Fault &fault,
+        const auto rows = [&](const char *name, const QByteArray &verb, const Fault &fault,
                               Expect onRequest, const QByteArray &reach = "service") {
             QTest::addRow("token %s", name)
                     << QByteArray("token") << fault << reach << Expect::NoToken;
@@ -80,24 +83,21 @@ private Q_SLOTS:
         rows("connection refused", "GET", {}, Expect::NullText, "refused");
         rows("untrusted certificate", "POST", {}, Expect::NullText, "untrusted");
         // The half sent before the reset is JSON on its own, so only the reset tells it is cut.
-        rows("reset mid-body", "PATCH", {0, 200, "[1,2,3,4][1,2,3,4]", {}, false, true},
+        rows("reset mid-body", "PATCH", Fault::cut("[1,2,3,4][1,2,3,4]"), Expect::BodyText);
+        rows("503 html", "GET", Fault::answer(503, "<html>Service Unavailable</html>", "text/html"),
              Expect::BodyText);
-        rows("503 html", "GET", {0, 503, "<html>Service Unavailable</html>", "text/html"},
+        rows("200 not json", "PATCH", Fault::answer(200, "this is not JSON"), Expect::BodyText);
+        rows("wrong content type", "GET", Fault().withContentType("text/plain"), Expect::BodyText);
+        rows("slower than the time-out", "POST", Fault::delay(1500ms), Expect::NullText);
+        // The time-out ends it after half the body arrived.
+        rows("stalls mid-body", "GET", Fault::stall(R"({"cut":"here"}{"never":"sent"})"),
              Expect::BodyText);
-        rows("200 not json", "PATCH", {0, 200, "this is not JSON", {}}, Expect::BodyText);
-        rows("wrong content type", "GET", {0, 0, {}, "text/plain"}, Expect::BodyText);
-        rows("slower than the time-out", "POST", {1500, 0, {}, {}}, Expect::NullText);
-        bvtsim::Fault stalled{0, 200, R"({"cut":"here"}{"never":"sent"})", {}, false, true};
-        stalled.stallAfterHalf = true; // the time-out ends it after half the body arrived
-        rows("stalls mid-body", "GET", stalled, Expect::BodyText);
         // Qt would send a request again by itself when the connection closes unanswered.
-        rows("dropped before the answer", "GET", {0, 0, {}, {}, true}, Expect::NullText);
+        rows("dropped before the answer", "GET", Fault::drop(), Expect::NullText);
         // A redirect is an answer like any other: never followed, to another host or the same one.
         const QByteArray elsewhere = m_elsewhere->baseUrl().toEncoded() + "/echo";
         const auto redirect = [](int status, const QByteArray &location) {
-            bvtsim::Fault fault{0, status, "moved", "text/html"};
-            fault.headers = {{"Location", location}};
-            return fault;
+            return Fault::answer(status, "moved", "text/html").withHeader("Location", location);
         };
         rows("redirect 302 elsewhere", "GET", redirect(302, elsewhere), Expect::BodyText);
         rows("redirect 307 elsewhere", "POST", redirect(307, elsewhere), Expect::BodyText);
@@ -107,11 +107,8 @@ private Q_SLOTS:
         // as soon as it is seen for what it is, and no length the answer names is trusted.
         const auto answer = [](bvtsim::Pace pace, const QByteArray &header = {},
                                const QByteArray &value = {}) {
-            bvtsim::Fault fault{0, 200, "[" + QByteArray("0,").repeated(20) + "0]", {}};
-            if (!header.isEmpty())
-                fault.headers = {{header, value}};
-            fault.pace = pace;
-            return fault;
+            const Fault fault = Fault::answer(200, "[" + QByteArray("0,").repeated(20) + "0]");
+            return (header.isEmpty() ? fault : fault.withHeader(header, value)).paced(pace);
         };
         using bvtsim::Pace;
         rows("chunks without end", "GET", answer(Pace::EndlessChunks), Expect::NullText);
@@ -125,14 +122,14 @@ private Q_SLOTS:
         const QByteArray element = "{\"name\":\"" + QByteArray(1000, 'x') + "\"},";
         QByteArray array = "[" + element.repeated(10000);
         array.back() = ']';
-        QTest::addRow("GET 10 MB") << QByteArray("GET") << bvtsim::Fault{0, 200, array, {}}
+        QTest::addRow("GET 10 MB") << QByteArray("GET") << Fault::answer(200, array)
                                    << QByteArray("service") << Expect::Success;
     }
 
     void faultEndsInOneOutcome()
     {
         QFETCH(QByteArray, target);
-        QFETCH(bvtsim::Fault, fault);
+        QFETCH(Fault, fault);
         QFETCH(QByteArray, reach);
         QFETCH(Expect, expect);
 
@@ -211,9 +208,7 @@ private Q_SLOTS:
         constexpr int count = 20;
         auto manager = newManager();
         QVERIFY(fetchToken(manager));
-        bvtsim::Fault dropped{0, 0, {}, {}, true};
-        dropped.times = 1;
-        m_local->service().setFault(verb, "/echo", dropped);
+        m_local->service().setFault(verb, "/echo", Fault::drop().times(1));
         m_local->service().clearRequests();
         std::vector<Outcomes> outcomes(count);
         for (int i = 0; i < count; ++i)
@@ -321,7 +316,7 @@ private Q_SLOTS:
                                  {"created_at", QDateTime::currentSecsSinceEpoch()}};
         if (fromService) {
             m_local->service().setFault("POST", "/oauth/token",
-                                        {0, 200, QJsonDocument(answer).toJson(), {}});
+                                        Fault::answer(200, QJsonDocument(answer).toJson()));
         } else {
             manager->setAccess_token(text);
             manager->setAccess_token_expires(QDateTime::currentDateTimeUtc().addSecs(3600));
@@ -357,7 +352,7 @@ private Q_SLOTS:
             QVERIFY(fetchToken(manager));
         auto *hostManager = new bvt::ServiceRouter(m_local->service().baseUrl());
         bvt::setNetworkAccessManager(hostManager);
-        m_local->service().setFault("*", path, {60000, 0, {}, {}});
+        m_local->service().setFault("*", path, Fault::delay(60s));
         m_local->service().clearRequests();
         LogCapture::clear();
 

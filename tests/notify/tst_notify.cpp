@@ -48,9 +48,7 @@ private Q_SLOTS:
     void nothingIsSentWithoutADevice()
     {
         // The registration never completes, so no device identifier is ever stored.
-        bvtsim::Fault neverAnswer;
-        neverAnswer.dropConnection = true;
-        m_local->service().setFault("POST", "/devices", neverAnswer);
+        m_local->service().setFault("POST", "/devices", bvtsim::Fault::drop());
         BVT::initWithLaunchOptions({}, LocalService::clientId, LocalService::clientSecret);
         m_log->clear();
 
@@ -88,15 +86,14 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");   // as sent
         QTest::addColumn<bvtsim::Fault>("fault");
         const QVariant bytes = QByteArray("\x00\x0F\xCA\xFE", 4); // a zero byte, a small one
-        bvtsim::Fault dropped;
-        dropped.dropConnection = true;
-        bvtsim::Fault redirected{0, 302, "moved", "text/html"};
-        redirected.headers = {{"Location", "/echo"}}; // a route that answers any method with 200
+        // To a route that answers any method with 200.
+        const auto redirected =
+                bvtsim::Fault::answer(302, "moved", "text/html").withHeader("Location", "/echo");
         QTest::newRow("bytes") << bytes << "000FCAFE" << bvtsim::Fault();
         QTest::newRow("string as it is") << QVariant("abc") << "abc" << bvtsim::Fault();
         QTest::newRow("nil: empty, never absent") << QVariant() << "" << bvtsim::Fault();
         QTest::newRow("neither: read as bytes") << QVariant(42) << "3432" << bvtsim::Fault();
-        QTest::newRow("dropped: the earlier kept") << bytes << "000FCAFE" << dropped;
+        QTest::newRow("dropped: the earlier kept") << bytes << "000FCAFE" << bvtsim::Fault::drop();
         QTest::newRow("redirected: the earlier kept") << bytes << "000FCAFE" << redirected;
     }
 
@@ -117,7 +114,7 @@ private Q_SLOTS:
         };
         BVTNotify::enableDevice(token, success, outcomes.failure());
         QTRY_VERIFY(m_local->nothingUnderWay());
-        const bool accepted = fault.status == 0 && !fault.dropConnection;
+        const bool accepted = !fault.replacesAnswer();
         QCOMPARE(stored, accepted ? text : QString());
         QCOMPARE(outcomes.texts.size(), accepted ? 0 : 1);
         QCOMPARE(outcomes.answers.value(0).toMap()["device"].toMap()["push_token"].toString(),
@@ -161,7 +158,7 @@ private Q_SLOTS:
         QCOMPARE(m_log->lines(), QStringList{"requestPushPermissions"});
 
         registerDevice();
-        m_local->service().setFault("PATCH", "/preferences/disable", {0, 500, {}, {}});
+        m_local->service().setFault("PATCH", "/preferences/disable", bvtsim::Fault::status(500));
         Outcomes outcomes; // a change that failed is verified too
         BVTNotify::disablePreferenceWithCategory("orders", "shipping", outcomes.success(),
                                                  outcomes.failure());

@@ -6,6 +6,7 @@
 
 #include <QtTest>
 
+using bvtsim::Fault;
 using bvt::Client;
 using bvt::Reply;
 
@@ -69,32 +70,31 @@ private Q_SLOTS:
     void everyCallFinishesOnce_data()
     {
         QTest::addColumn<QString>("call");
-        QTest::addColumn<QString>("argument");    // a path, a user or a preference key
-        QTest::addColumn<bvtsim::Fault>("fault"); // on every route
+        QTest::addColumn<QString>("argument"); // a path, a user or a preference key
+        QTest::addColumn<Fault>("fault");      // on every route
         QTest::addColumn<QString>("secret");
         QTest::addColumn<int>("error"); // Reply::Error
         QTest::addColumn<int>("status");
         QTest::addColumn<int>("sent"); // requests that reached the service, token requests included
 
         // The call is the first word of the row's name.
-        const auto row = [](const char *name, const QString &argument, const bvtsim::Fault &fault,
+        const auto row = [](const char *name, const QString &argument, const Fault &fault,
                             Reply::Error error, int status, int sent,
                             const QString &secret = LocalService::clientSecret) {
             QTest::newRow(name) << QString(name).section(',', 0, 0) << argument << fault << secret
                                 << int(error) << status << sent;
         };
-        bvtsim::Fault dropped;
-        dropped.dropConnection = true;
         row("get, answered", "/echo", {}, Reply::NoError, 200, 2);
         row("assign, answered", "u1", {}, Reply::NoError, 200, 2);
         row("fetch, answered", "", {}, Reply::NoError, 200, 2);
         row("switch, answered", "breaking", {}, Reply::NoError, 200, 2);
         row("post, no token", "/echo", {}, Reply::NoAccessTokenError, 0, 1, "wrong");
         row("unassign, no token", "", {}, Reply::NoAccessTokenError, 0, 1, "wrong");
-        row("patch, 404", "/echo", {0, 404, "gone", "text/plain"}, Reply::HttpStatusError, 404, 2);
-        row("enable, dropped", "", dropped, Reply::NetworkError, 0, 2);
-        row("get, not JSON", "/echo", {0, 200, "no", "text/plain"}, Reply::InvalidAnswerError, 200,
-            2);
+        row("patch, 404", "/echo", Fault::answer(404, "gone", "text/plain"), Reply::HttpStatusError,
+            404, 2);
+        row("enable, dropped", "", Fault::drop(), Reply::NetworkError, 0, 2);
+        row("get, not JSON", "/echo", Fault::answer(200, "no", "text/plain"),
+            Reply::InvalidAnswerError, 200, 2);
         row("assign, null user", QString(), {}, Reply::RefusedArgumentError, 0, 0);
         row("get, another host", "@127.0.0.1:1/x", {}, Reply::RefusedArgumentError, 0, 0);
     }
@@ -105,7 +105,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, call);
         QFETCH(QString, argument);
-        QFETCH(bvtsim::Fault, fault);
+        QFETCH(Fault, fault);
         QFETCH(QString, secret);
         QFETCH(int, status);
         QFETCH(int, sent);
@@ -146,7 +146,7 @@ private Q_SLOTS:
 
     void abortEndsTheCallWithoutAResult()
     {
-        m_local->service().setFault("GET", "/echo", {200, 0, {}, {}});
+        m_local->service().setFault("GET", "/echo", Fault::delay(std::chrono::milliseconds(200)));
         Reply *reply = m_client->get("/echo");
         const auto ended = watch(reply, this);
         reply->abort();

@@ -194,11 +194,9 @@ private Q_SLOTS:
         QTest::addColumn<bvtsim::Fault>("fault");
         QTest::addColumn<bool>("engineGone");
         QTest::addColumn<QVariantList>("recorded");
-        bvtsim::Fault dropped;
-        dropped.dropConnection = true;
         QTest::newRow("answer") << bvtsim::Fault() << false << QVariantList{"a b"};
         QTest::newRow("no answer: null")
-                << dropped << false << QVariantList{QVariant::fromValue(nullptr)};
+                << bvtsim::Fault::drop() << false << QVariantList{QVariant::fromValue(nullptr)};
         QTest::newRow("engine gone first") << bvtsim::Fault() << true << QVariantList();
     }
 
@@ -283,9 +281,8 @@ private Q_SLOTS:
         QFETCH(QString, sent);
 
         m_local->reset();
-        bvtsim::Fault fault;
-        fault.status = status;
-        m_local->service().setFault("PATCH", sent.section(' ', 0, 0), fault);
+        m_local->service().setFault("PATCH", sent.section(' ', 0, 0),
+                                    bvtsim::Fault::status(status));
         LogCapture log;
         run(QString("page.model.setEnabled(%1, %2)").arg(row).arg(on ? "true" : "false"));
         QVERIFY(m_local->settledExchanges() >= 0);
@@ -322,7 +319,7 @@ private Q_SLOTS:
     // The page ends every fetch: a failure offers to try again, and each load replaces the list.
     void pageShowsFailuresAndReplacesItsList()
     {
-        m_local->service().setFault("GET", "/preferences", {0, 500, "{}", {}});
+        m_local->service().setFault("GET", "/preferences", bvtsim::Fault::answer(500, "{}"));
         QQuickWindow window;
         const std::unique_ptr<QObject> page = make("PreferencesPage", window);
         QCOMPARE(page->property("title").toString(), "Notifications");
@@ -447,7 +444,7 @@ private Q_SLOTS:
         readable("the card's preferences");
         card.reset();
 
-        m_local->service().setFault("GET", "/preferences", {0, 500, "{}", {}});
+        m_local->service().setFault("GET", "/preferences", bvtsim::Fault::answer(500, "{}"));
         const std::unique_ptr<QObject> page = make("PreferencesPage", window);
         QTRY_VERIFY(!itemsOf(page.get(), "QQuickAbstractButton", "Try Again").isEmpty());
         readable("the page, failed");

@@ -201,7 +201,7 @@ private Q_SLOTS:
         service->setHeaderLimit(4096);
         service->setBodyLimit(64);
         service->setHeaderTimeout(std::chrono::milliseconds(300));
-        service->setFault("GET", "/slow", Fault{300, 0, {}, {}});
+        service->setFault("GET", "/slow", Fault::delay(std::chrono::milliseconds(300)));
         QTcpSocket socket;
         QTimer trickle;
         connect(&trickle, &QTimer::timeout, &socket, [&socket] { socket.write("X-Slow: 1\r\n"); });

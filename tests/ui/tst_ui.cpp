@@ -350,7 +350,7 @@ private Q_SLOTS:
         QVERIFY(m_local->service().setCatalogue(QJsonArray()));
         Preferences *screen = open();
         QTRY_COMPARE(m_local->requestsFor("/preferences").size(), 1); // answered: an empty document
-        m_local->service().setFault("GET", "/preferences", bvtsim::Fault{0, 500, "down", {}});
+        m_local->service().setFault("GET", "/preferences", bvtsim::Fault::answer(500, "down"));
         coverAndUncover();
         QTRY_COMPARE(m_log->linesStartingWith("Preferences Error"),
                      QStringList("Preferences Error... ERROR: down"));
@@ -441,7 +441,8 @@ private Q_SLOTS:
         QFETCH(bool, on);
         QFETCH(QString, keys);
         if (!document.isEmpty())
-            m_local->service().setFault("GET", "/preferences", bvtsim::Fault{0, 200, document, {}});
+            m_local->service().setFault("GET", "/preferences",
+                                        bvtsim::Fault::answer(200, document));
         Preferences *screen = open();
         QTRY_VERIFY(!screen->tableData().isEmpty());
         const int section = int(screen->tableData().size()) - 1;

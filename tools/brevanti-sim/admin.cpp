@@ -1,9 +1,9 @@
 #include "admin.h"
 
-#include "service.h"
+#include "faulttable.h"
+#include "requestrecord.h"
 
 #include <QHash>
-#include <QJsonArray>
 
 #include <algorithm>
 
@@ -23,32 +23,6 @@ Answer methodNotAllowed(const QByteArray &allowed)
     Answer answer = error(405, "method_not_allowed", QStringLiteral("Allowed: ") + allowed);
     answer.headers = {{"Allow", allowed}};
     return answer;
-}
-
-// A header as the record shows it: credentials by their scheme alone, so that whatever reads the
-// record (a log, a shared terminal) learns no secret from it.
-QByteArray shown(const QByteArray &name, const QByteArray &value)
-{
-    if (name.compare("Cookie", Qt::CaseInsensitive) == 0)
-        return "***";
-    if (name.compare("Authorization", Qt::CaseInsensitive) != 0
-        && name.compare("Proxy-Authorization", Qt::CaseInsensitive) != 0)
-        return value;
-    const QByteArray credentials = value.trimmed();
-    const qsizetype space = credentials.indexOf(' ');
-    return space < 0 ? QByteArray("***") : credentials.left(space) + " ***";
-}
-
-// Header values are Latin-1 on the wire; bodies are shown as UTF-8 text.
-QJsonObject requestJson(const RecordedRequest &request)
-{
-    QJsonArray headers;
-    for (const auto &[name, value] : request.headers)
-        headers.append(
-                QJsonArray{QString::fromLatin1(name), QString::fromLatin1(shown(name, value))});
-    return {{"method", QString::fromLatin1(request.method)}, {"path", request.path},
-            {"query", QString::fromLatin1(request.query)},   {"headers", headers},
-            {"body", QString::fromUtf8(request.body)},       {"connection", request.connection}};
 }
 
 // The members of a fault, spelt as the JSON of the admin routes, with their types.
@@ -105,19 +79,15 @@ Answer AdminRoutes::answer(const RecordedRequest &request) const
             return setFault(request.body);
         if (request.method != "DELETE")
             return methodNotAllowed("POST, DELETE");
-        m_service.clearFaults();
+        m_faults.clear();
         return done();
     }
     if (route == QLatin1String("requests")) {
-        if (request.method == "GET") {
-            QJsonArray requests;
-            for (const RecordedRequest &recorded : m_service.requests())
-                requests.append(requestJson(recorded));
-            return {200, QJsonDocument(requests)};
-        }
+        if (request.method == "GET")
+            return {200, QJsonDocument(m_record.masked())};
         if (request.method != "DELETE")
             return methodNotAllowed("GET, DELETE");
-        m_service.clearRequests();
+        m_record.clear();
         return done();
     }
     return error(404, "not_found", QStringLiteral("There is no such admin route."));
@@ -143,13 +113,13 @@ Answer AdminRoutes::setFault(const QByteArray &json) const
 
     Fault fault;
     fault.delayMs = object.value(QLatin1String("delay_ms")).toInt();
-    fault.status = object.value(QLatin1String("status")).toInt();
+    fault.answerStatus = object.value(QLatin1String("status")).toInt();
     fault.body = bytesOf(object, "body");
     fault.contentType = bytesOf(object, "content_type");
     fault.dropConnection = object.value(QLatin1String("drop_connection")).toBool();
     fault.truncateBody = object.value(QLatin1String("truncate_body")).toBool();
     fault.stallAfterHalf = object.value(QLatin1String("stall_after_half")).toBool();
-    fault.times = object.value(QLatin1String("times")).toInt(-1);
+    fault.remaining = object.value(QLatin1String("times")).toInt(-1);
     const QString pace = object.value(QLatin1String("pace")).toString(QStringLiteral("whole"));
     const QStringList paces{"whole", "trickle", "endless_chunks", "huge_length"};
     if (!paces.contains(pace))
@@ -168,9 +138,8 @@ Answer AdminRoutes::setFault(const QByteArray &json) const
                                    .arg(it.key()));
         fault.headers.append({it.key().toLatin1(), it.value().toString().toLatin1()});
     }
-    m_service.setFault(
-            object.value(QLatin1String("method")).toString(QStringLiteral("*")).toLatin1(), path,
-            fault);
+    m_faults.set(object.value(QLatin1String("method")).toString(QStringLiteral("*")).toLatin1(),
+                 path, fault);
     return done();
 }
 

@@ -4,7 +4,8 @@
 
 namespace bvtsim {
 
-class Service;
+class FaultTable;
+class RequestRecord;
 struct RecordedRequest;
 
 // The routes under "/_sim/" that reach the service's faults and request record from outside its
@@ -13,7 +14,7 @@ struct RecordedRequest;
 class AdminRoutes
 {
 public:
-    explicit AdminRoutes(Service &service) : m_service(service) { }
+    AdminRoutes(FaultTable &faults, RequestRecord &record) : m_faults(faults), m_record(record) { }
 
     static bool covers(const QString &path);
     Answer answer(const RecordedRequest &request) const;
@@ -21,7 +22,8 @@ public:
 private:
     Answer setFault(const QByteArray &json) const;
 
-    Service &m_service;
+    FaultTable &m_faults;
+    RequestRecord &m_record;
 };
 
 } // namespace bvtsim

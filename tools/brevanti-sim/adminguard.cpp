@@ -1,6 +1,6 @@
 #include "adminguard.h"
 
-#include "service.h"
+#include "recordedrequest.h"
 
 #include <QHostAddress>
 

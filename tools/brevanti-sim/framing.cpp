@@ -30,6 +30,15 @@ bool isLength(const QByteArray &value)
 
 } // namespace
 
+QByteArray headerValue(const Headers &headers, const QByteArray &name)
+{
+    for (const auto &[headerName, value] : headers) {
+        if (headerName.compare(name, Qt::CaseInsensitive) == 0)
+            return value;
+    }
+    return QByteArray();
+}
+
 QString framingProblem(const Headers &headers)
 {
     const QByteArrayList lengths = members(headers, "Content-Length");

@@ -9,6 +9,10 @@ namespace bvtsim {
 
 using Headers = QList<QPair<QByteArray, QByteArray>>;
 
+// Value of the first header called name, compared case-insensitively; a null QByteArray when
+// there is none.
+QByteArray headerValue(const Headers &headers, const QByteArray &name);
+
 // Why a request with these headers has no single length to trust, or an empty string when it
 // has one. The HTTP layer underneath has already picked some length by then, so the bytes after
 // such a request cannot be told apart: the service answers 400 and closes the connection.

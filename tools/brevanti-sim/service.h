@@ -1,16 +1,13 @@
 #pragma once
 
-#include "pace.h"
+#include "fault.h"
+#include "recordedrequest.h"
 
-#include <QByteArray>
 #include <QDateTime>
 #include <QHostAddress>
 #include <QJsonArray>
 #include <QJsonObject>
-#include <QList>
 #include <QObject>
-#include <QPair>
-#include <QString>
 #include <QStringList>
 #include <QUrl>
 
@@ -21,36 +18,6 @@ class QSslCertificate;
 class QSslKey;
 
 namespace bvtsim {
-
-// One request exactly as it arrived on the wire.
-struct RecordedRequest
-{
-    QByteArray method; // "GET", "POST", "PATCH", ...
-    QString path;      // percent-encoded path as received, without the query
-    QByteArray query;  // percent-encoded query as received, without '?'; empty when none
-    QList<QPair<QByteArray, QByteArray>> headers; // every header, name as sent
-    QByteArray body;    // raw body bytes, cut to the recorded-body limit (Content-Length tells all)
-    int connection = 0; // 1-based number of the TCP connection it came on
-
-    // Value of a header, name compared case-insensitively; a null QByteArray when absent.
-    QByteArray header(const QByteArray &name) const;
-};
-
-// How the service misbehaves for one route.
-struct Fault
-{
-    int delayMs = 0;             // wait this long before answering (or dropping)
-    int status = 0;              // non-zero: answer with this status instead of running the route
-    QByteArray body;             // non-null: answer with these bytes instead of running the route
-    QByteArray contentType;      // non-null: sent as Content-Type instead of "application/json"
-    bool dropConnection = false; // close the connection without answering
-    bool truncateBody = false;   // announce the full Content-Length, send half the body, close
-    int times = -1;              // number of requests it applies to; -1: until cleared
-    QList<QPair<QByteArray, QByteArray>> headers = {}; // sent after Content-Type and Content-Length
-    // With truncateBody: keep the connection open, and silent, after the half.
-    bool stallAfterHalf = false;
-    Pace pace = Pace::Whole; // how the body goes out
-};
 
 class ServicePrivate;
 
