@@ -290,8 +290,8 @@ void ServiceState::load(const QJsonObject &state)
     const QJsonObject devices = state.value(QLatin1String("devices")).toObject();
     for (auto it = devices.begin(); it != devices.end(); ++it)
         m_devices.insert(it.key(), deviceOf(it.key(), it.value().toObject()));
-    // A JSON object keeps no order, so the issue order is saved beside it; devices it does not
-    // list (a file edited by hand) follow in key order.
+    // A JSON object keeps no order, so the order of registration is saved beside it; devices it
+    // does not list (a file edited by hand) follow in key order.
     for (const QJsonValue &uuid : state.value(QLatin1String("device_order")).toArray()) {
         if (m_devices.contains(uuid.toString()) && !m_deviceOrder.contains(uuid.toString()))
             m_deviceOrder.append(uuid.toString());
