@@ -10,6 +10,7 @@ packages=(
     qt6-tools-dev qt6-l10n-tools
     fonts-dejavu-core openssl
     doxygen python3
+    chromium chromium-driver
 )
 
 # Installs whichever of the packages are missing (as root, or through sudo when there is one).

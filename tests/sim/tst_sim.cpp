@@ -235,6 +235,12 @@ private Q_SLOTS:
         row("page elsewhere", "POST /_sim/faults",
             local + "Origin: https://site.example\r\nContent-Type: text/plain\r\n", fault,
             forbidden);
+        row("inspector, rebound name", "GET /_sim/inspector", "Host: rebound.example:PORT\r\n", {},
+            forbidden);
+        row("inspector switch from elsewhere", "POST /_sim/preferences",
+            local + "Origin: http://site.example\r\n", R"({"owner":"user"})", forbidden);
+        row("inspector page", "GET /_sim/inspector", local, {},
+            "Content-Security-Policy: default-src 'self'");
         row("loopback names", "DELETE /_sim/faults",
             "Host: LocalHost:PORT\r\nOrigin: http://[::1]:PORT\r\n", {}, done);
         row("CR LF in a header value", "POST /_sim/faults", local,

@@ -142,10 +142,15 @@ int main(int argc, char *argv[])
             QStringLiteral("admin"),
             QStringLiteral("Serve the admin routes under /_sim/ (faults, recorded requests) to "
                            "loopback clients."));
+    const QCommandLineOption inspectOption(
+            QStringLiteral("inspect"),
+            QStringLiteral("Serve the admin routes and the inspector, a page at /_sim/inspector "
+                           "that shows the devices, tokens, preferences and requests live, "
+                           "switches preferences and sets faults, to loopback clients."));
     parser.addOptions({portOption, clientOption, stateOption, lifetimeOption, hostOption,
                        catalogueOption, certificateOption, keyOption, idleOption,
                        requestLimitOption, requestBytesOption, bodyLimitOption, headerLimitOption,
-                       acceptedBodyOption, headerTimeoutOption, adminOption});
+                       acceptedBodyOption, headerTimeoutOption, adminOption, inspectOption});
     parser.process(app);
 
     bool ok = false;
@@ -186,7 +191,7 @@ int main(int argc, char *argv[])
         service.setBodyLimit(*limit);
     if (const auto timeout = number(parser, headerTimeoutOption, 0))
         service.setHeaderTimeout(std::chrono::seconds(*timeout));
-    service.setAdminEnabled(parser.isSet(adminOption));
+    service.setAdminEnabled(parser.isSet(adminOption) || parser.isSet(inspectOption));
     if (parser.isSet(stateOption)) {
         const QString path = parser.value(stateOption);
         // A status of its own: a path that names a device or a FIFO is a mistake in the command.
@@ -228,5 +233,8 @@ int main(int argc, char *argv[])
         fail(QStringLiteral("cannot listen on %1 port %2").arg(host.toString()).arg(port));
     // Launchers wait for this exact line to learn the port.
     QTextStream(stdout) << "brevanti-sim listening on " << service.baseUrl().toString() << Qt::endl;
+    if (parser.isSet(inspectOption))
+        QTextStream(stdout) << "brevanti-sim inspector at " << service.baseUrl().toString()
+                            << "/_sim/inspector" << Qt::endl;
     return app.exec();
 }

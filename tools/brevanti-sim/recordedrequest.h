@@ -3,6 +3,7 @@
 #include "framing.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
 
 namespace bvtsim {
@@ -16,6 +17,9 @@ struct RecordedRequest
     Headers headers;    // every header, name as sent
     QByteArray body;    // raw body bytes, cut to the recorded-body limit (Content-Length tells all)
     int connection = 0; // 1-based number of the TCP connection it came on
+    QDateTime received;
+    int status = 0;    // of the answer; 0 until answered, and when the connection was dropped
+    QByteArray answer; // the answer's body, cut as the body is
 
     // Value of a header, name compared case-insensitively; a null QByteArray when absent.
     QByteArray header(const QByteArray &name) const { return headerValue(headers, name); }

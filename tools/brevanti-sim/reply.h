@@ -24,6 +24,7 @@ struct Reply
     bool close = false;          // the connection ends after this answer
     int delayMs = 0;             // sent this much later
     Pace pace = Pace::Whole;
+    bool eventStream = false; // the connection becomes the inspector's event stream
 };
 
 Reply replyOf(const Answer &answer);

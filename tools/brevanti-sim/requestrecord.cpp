@@ -31,19 +31,25 @@ QByteArray shown(const QByteArray &name, const QByteArray &value)
     return space < 0 ? QByteArray("***") : credentials.left(space) + " ***";
 }
 
+} // namespace
+
 // Header values are Latin-1 on the wire; bodies are shown as UTF-8 text.
-QJsonObject maskedJson(const RecordedRequest &request)
+QJsonObject RequestRecord::masked(const RecordedRequest &request)
 {
     QJsonArray headers;
     for (const auto &[name, value] : request.headers)
         headers.append(
                 QJsonArray{QString::fromLatin1(name), QString::fromLatin1(shown(name, value))});
-    return {{"method", QString::fromLatin1(request.method)}, {"path", request.path},
-            {"query", QString::fromLatin1(request.query)},   {"headers", headers},
-            {"body", QString::fromUtf8(request.body)},       {"connection", request.connection}};
+    return {{"method", QString::fromLatin1(request.method)},
+            {"path", request.path},
+            {"query", QString::fromLatin1(request.query)},
+            {"headers", headers},
+            {"body", QString::fromUtf8(request.body)},
+            {"connection", request.connection},
+            {"time", request.received.toUTC().toString(Qt::ISODateWithMs)},
+            {"status", request.status},
+            {"answer", QString::fromUtf8(request.answer)}};
 }
-
-} // namespace
 
 int RequestRecord::add(RecordedRequest request)
 {
@@ -54,11 +60,19 @@ int RequestRecord::add(RecordedRequest request)
     return int(m_requests.size() - 1);
 }
 
+void RequestRecord::answered(int index, int status, const QByteArray &body)
+{
+    if (index < 0 || index >= m_requests.size())
+        return;
+    m_requests[index].status = status;
+    m_requests[index].answer = body.left(m_bodyLimit);
+}
+
 QJsonArray RequestRecord::masked() const
 {
     QJsonArray requests;
     for (const RecordedRequest &request : m_requests)
-        requests.append(maskedJson(request));
+        requests.append(masked(request));
     return requests;
 }
 

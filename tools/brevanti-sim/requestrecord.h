@@ -3,6 +3,7 @@
 #include "recordedrequest.h"
 
 #include <QJsonArray>
+#include <QJsonObject>
 #include <QList>
 
 namespace bvtsim {
@@ -15,10 +16,14 @@ class RequestRecord
 public:
     // Keeps request and answers its index, which is the last.
     int add(RecordedRequest request);
+    // What the service answered the request at index.
+    void answered(int index, int status, const QByteArray &body);
     QList<RecordedRequest> requests() const { return m_requests; } // credentials too
     // The requests as JSON, credentials shown by their scheme alone, so that whatever reads it (a
     // log, a shared terminal) learns no secret from it.
     QJsonArray masked() const;
+    static QJsonObject masked(const RecordedRequest &request);
+    QJsonObject masked(int index) const { return masked(m_requests.value(index)); }
     void clear();
 
     void setCountLimit(int count);

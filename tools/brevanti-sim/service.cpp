@@ -7,6 +7,7 @@
 #include "framing.h"
 #include "httpfront.h"
 #include "idlewatch.h"
+#include "inspector.h"
 #include "intake.h"
 #include "listeners.h"
 #include "reply.h"
@@ -69,6 +70,7 @@ public:
     void handle(const QHttpServerRequest &request, QTcpSocket *socket);
     Reply serve(const RecordedRequest &request, QTcpSocket *socket);
     Answer dispatch(const RecordedRequest &request);
+    Answer changing(const std::function<Answer()> &change);
     bool save();
 
     Service *q;
@@ -77,6 +79,7 @@ public:
     FaultTable faults;
     RequestRecord record;
     AdminRoutes admin;
+    Inspector inspector{state};
     bool adminEnabled = false;
     std::optional<QDateTime> clock;
     QString stateFile;
@@ -125,8 +128,11 @@ void ServicePrivate::handle(const QHttpServerRequest &request, QTcpSocket *socke
     recorded.headers = request.headers();
     recorded.body = request.body();
     recorded.connection = socket->property(ConnectionProperty).toInt();
+    recorded.received = QDateTime::currentDateTimeUtc();
 
     const Reply reply = serve(recorded, socket);
+    if (reply.eventStream)
+        return inspector.stream(socket);
     IdleWatch::hold(socket);
     const auto act = [socket = QPointer<QTcpSocket>(socket), method = recorded.method, reply]() {
         if (!socket || socket->state() != QAbstractSocket::ConnectedState)
@@ -143,8 +149,9 @@ void ServicePrivate::handle(const QHttpServerRequest &request, QTcpSocket *socke
 Reply ServicePrivate::serve(const RecordedRequest &request, QTcpSocket *socket)
 {
     const bool adminRequest = adminEnabled && AdminRoutes::covers(request.path);
+    const int index = adminRequest ? -1 : record.add(request);
     if (!adminRequest)
-        Q_EMIT q->requestRecorded(record.add(request));
+        Q_EMIT q->requestRecorded(index);
     if (const QString problem = framingProblem(request.headers); !problem.isEmpty()) {
         Reply reply = replyOf(error(400, "bad_framing", problem));
         reply.close = true;
@@ -154,27 +161,46 @@ Reply ServicePrivate::serve(const RecordedRequest &request, QTcpSocket *socket)
     if (adminRequest) {
         // Only the machine itself may change how the service behaves.
         const QString refusal = adminRefusal(request, socket->peerAddress(), q->port());
-        reply = replyOf(refusal.isEmpty() ? admin.answer(request)
-                                          : error(403, "forbidden", refusal));
+        if (!refusal.isEmpty())
+            reply = replyOf(error(403, "forbidden", refusal));
+        else if (Inspector::isEventStream(request))
+            reply.eventStream = true;
+        else if (const std::optional<Reply> page = Inspector::file(request.path))
+            reply = *page;
+        else if (Inspector::covers(request.path))
+            reply = replyOf(changing([&] { return inspector.answer(request); }));
+        else
+            reply = replyOf(admin.answer(request));
     } else if (const std::optional<Fault> fault = faults.take(request.method, request.path)) {
         reply = fault->applyTo(fault->replacesAnswer() ? Reply() : replyOf(dispatch(request)));
     } else {
         reply = replyOf(dispatch(request));
     }
     reply.close = wantsClose(request.headers);
+    if (index >= 0) {
+        record.answered(index, reply.dropConnection ? 0 : reply.status, reply.body);
+        inspector.tellRequest(record.masked(index));
+    }
     return reply;
 }
 
 Answer ServicePrivate::dispatch(const RecordedRequest &request)
 {
-    if (stateFile.isEmpty())
-        return routes.answer(Request::of(request));
+    return changing([&] { return routes.answer(Request::of(request)); });
+}
+
+Answer ServicePrivate::changing(const std::function<Answer()> &change)
+{
     // A change that cannot be saved is undone, so that the service holds what its file holds and
     // a retry makes the whole change again. The copy is cheap until the change detaches it.
     const ServiceState before = state;
-    Answer answer = routes.answer(Request::of(request));
-    if (state.revision() == before.revision() || save())
+    Answer answer = change();
+    if (state.revision() == before.revision())
         return answer;
+    if (stateFile.isEmpty() || save()) {
+        inspector.tellStateChanged();
+        return answer;
+    }
     state = before;
     return error(503, "state_not_saved",
                  QStringLiteral("The change could not be saved to the state file; it is undone."));

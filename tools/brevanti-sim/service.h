@@ -77,9 +77,9 @@ public:
     void setIdleTimeout(std::chrono::milliseconds timeout);
     // Serves the routes under "/_sim/" to the machine itself (a loopback peer, a loopback Host, no
     // Origin of another site: adminguard.h): POST /_sim/faults (a fault as JSON), DELETE
-    // /_sim/faults, GET /_sim/requests (credentials masked), DELETE /_sim/requests. They are
-    // neither recorded nor bearer-checked, and no fault applies to them. Off by default: then
-    // "/_sim/..." is an ordinary path.
+    // /_sim/faults, GET /_sim/requests (credentials masked), DELETE /_sim/requests, and the
+    // inspector's page and routes (inspector.h). They are neither recorded nor bearer-checked,
+    // and no fault applies to them. Off by default: then "/_sim/..." is an ordinary path.
     void setAdminEnabled(bool enabled);
 
     // A request whose header section (request line and headers, the blank line included) is over
