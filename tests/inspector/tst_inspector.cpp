@@ -67,16 +67,14 @@ private Q_SLOTS:
     void switchOnThePageIsWhatTheLibraryReads()
     {
         const QString device = BVT::currentDevice();
-        const QString box = QString("input[data-owner='device'][data-id='%1']").arg(device);
-        const bool was =
-                m_browser.run(QString("return document.querySelector(\"%1\").checked").arg(box))
-                        .toBool();
-        m_browser.run(QString("document.querySelector(\"%1\").click()").arg(box));
-        const QString category = attribute(box, "category"),
-                      preference = attribute(box, "preference");
-        QTRY_COMPARE(enabledInService(device, category, preference), !was);
+        const QJsonArray before = m_local.service().preferenceDocument(device);
+        m_browser.run(QString("document.querySelector(\"input[data-owner='device'][data-id='%1']\")"
+                              ".click()")
+                              .arg(device));
+        QTRY_VERIFY(m_local.service().preferenceDocument(device) != before);
         std::unique_ptr<bvt::Reply> fetched(finished(bvt::Client::instance()->fetchPreferences()));
-        QCOMPARE(enabledIn(fetched->answer().toList(), category, preference), !was);
+        QCOMPARE(QJsonValue::fromVariant(fetched->answer()),
+                 QJsonValue(m_local.service().preferenceDocument(device)));
     }
 
     void faultSetOnThePageMeetsTheNextCall()
@@ -113,30 +111,6 @@ private:
                              .arg(css))
                 .toString();
     }
-    QString attribute(const QString &css, const QString &name)
-    {
-        return m_browser
-                .run(QString("return document.querySelector(\"%1\").dataset.%2").arg(css, name))
-                .toString();
-    }
-    static bool enabledIn(const QVariantList &document, const QString &category,
-                          const QString &preference)
-    {
-        for (const QVariant &entry : document) {
-            if (entry.toMap().value("key") != category)
-                continue;
-            for (const QVariant &item : entry.toMap().value("preferences").toList())
-                if (item.toMap().value("key") == preference)
-                    return item.toMap().value("enabled").toBool();
-        }
-        return false;
-    }
-    bool enabledInService(const QString &device, const QString &category, const QString &preference)
-    {
-        return enabledIn(m_local.service().preferenceDocument(device).toVariantList(), category,
-                         preference);
-    }
-
     LocalService m_local;
     WebDriver m_browser;
 };

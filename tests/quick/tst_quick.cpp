@@ -4,7 +4,6 @@
 // Quick window, against the local service and the stand-in operating system.
 #include "localservice.h"
 #include "logcapture.h"
-#include "quicktexts.h"
 
 #include "standinoperatingsystem.h"
 
@@ -13,7 +12,6 @@
 #include <Brevanti/Client.h>
 #include <Brevanti/Reply.h>
 
-#include <QQuickStyle>
 #include <QtQuick>
 #include <QtTest>
 
@@ -407,56 +405,6 @@ private Q_SLOTS:
         QCOMPARE(log.linesStartingWith("You have").size(), 1);
         QVERIFY(!window.findChild<QObject *>("brevantiPermissionCard"));
         QTEST(told(), "outcomes");
-    }
-
-    // Every text of the card, both faces, and of the page, its list and its failure, reads against
-    // what is drawn behind it in the style and theme the test runs in (ctest runs this function in
-    // each).
-    void textsAreReadable()
-    {
-        QSettings().remove(QStringLiteral("com.brevanti.ios.BVTDeviceToken"));
-        QQuickWindow window;
-        window.resize(375, 667);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        const QString theme = qEnvironmentVariable(
-                "QT_QUICK_CONTROLS_" + QQuickStyle::name().toUpper().toLatin1() + "_THEME");
-        const QString style = (QQuickStyle::name() + ' ' + theme).trimmed();
-        int checked = 0;
-        QStringList unreadable;
-        std::pair<double, QString> lowest{21, QString()};
-        const auto readable = [&](const char *screen) {
-            for (const auto &[text, measured] : readability::shownTexts(window)) {
-                ++checked;
-                lowest = std::min(lowest, {measured.ratio, text});
-            }
-            unreadable << readability::unreadableTexts(window, style + ", " + screen);
-        };
-        QSignalSpy registered(bvt::Client::instance()->initialise("test-client", "test-secret"),
-                              &bvt::Reply::finished);
-        QVERIFY(registered.wait());
-        std::unique_ptr<QObject> card = make("PermissionCard", window);
-        QVERIFY(QMetaObject::invokeMethod(card.get(), "open"));
-        QTRY_VERIFY(card->property("opened").toBool());
-        readable("the card");
-        QVERIFY(card->setProperty("customizing", true));
-        QTRY_COMPARE(itemsOf(card.get(), "QQuickSwitch").size(), 3);
-        readable("the card's preferences");
-        card.reset();
-
-        m_local->service().setFault("GET", "/preferences", bvtsim::Fault::answer(500, "{}"));
-        const std::unique_ptr<QObject> page = make("PreferencesPage", window);
-        QTRY_VERIFY(!itemsOf(page.get(), "QQuickAbstractButton", "Try Again").isEmpty());
-        readable("the page, failed");
-        m_local->reset();
-        QVERIFY(QMetaObject::invokeMethod(
-                itemsOf(page.get(), "QQuickAbstractButton", "Try Again").value(0), "clicked"));
-        QTRY_COMPARE(itemsOf(page.get(), "QQuickSwitch").size(), 3);
-        readable("the page");
-        QVERIFY2(unreadable.isEmpty(), qPrintable(unreadable.join('\n')));
-        qInfo("%s: the lowest contrast, %.2f:1, is \"%s\"'s", qPrintable(style), lowest.first,
-              qPrintable(lowest.second));
-        QVERIFY(checked > 15);
     }
 
 private:

@@ -37,14 +37,11 @@ inline QList<std::pair<QString, Measure>> shownTexts(QQuickWindow &window)
 // Each text of window that reads worse than 4.5:1, described for a person.
 inline QStringList unreadableTexts(QQuickWindow &window, const QString &where)
 {
-    QStringList unreadable;
-    for (const auto &[text, measured] : shownTexts(window)) {
-        if (measured.ratio < 4.5)
-            unreadable << QStringLiteral("%1: \"%2\" in %3 on %4, contrast %5:1")
-                                  .arg(where, text, measured.ink.name(), measured.background.name())
-                                  .arg(measured.ratio, 0, 'f', 2);
-    }
-    return unreadable;
+    QStringList found;
+    for (const auto &[text, measured] : shownTexts(window))
+        found << unreadable(where, text, measured);
+    found.removeAll(QString());
+    return found;
 }
 
 } // namespace readability

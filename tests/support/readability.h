@@ -8,6 +8,7 @@
 #include <QHash>
 #include <QImage>
 #include <QRect>
+#include <QString>
 
 #include <algorithm>
 #include <cmath>
@@ -55,6 +56,16 @@ inline Measure measure(const QImage &image, const QRect &area)
         }
     }
     return found;
+}
+
+// A text that reads worse than 4.5:1, or empty; for a person.
+inline QString unreadable(const QString &where, const QString &text, const Measure &measured)
+{
+    if (measured.ratio >= 4.5)
+        return QString();
+    return QStringLiteral("%1: \"%2\" in %3 on %4, contrast %5:1")
+            .arg(where, text, measured.ink.name(), measured.background.name())
+            .arg(measured.ratio, 0, 'f', 2);
 }
 
 } // namespace readability
