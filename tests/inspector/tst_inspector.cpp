@@ -84,7 +84,8 @@ private Q_SLOTS:
                       "form.elements.status.value = '503';"
                       "form.elements.body.value = 'down for the test';"
                       "form.requestSubmit()");
-        QTRY_VERIFY(text("#fault-result").startsWith("Fault added"));
+        QTRY_VERIFY(text("#fault-result").startsWith("Fault added")
+                    && text("#faults tbody").contains("down for the test"));
         std::unique_ptr<bvt::Reply> fetched(finished(bvt::Client::instance()->fetchPreferences()));
         QCOMPARE(fetched->httpStatus(), 503);
         QCOMPARE(fetched->answerText(), "down for the test");

@@ -77,8 +77,10 @@ Answer AdminRoutes::answer(const RecordedRequest &request) const
     if (route == QLatin1String("faults")) {
         if (request.method == "POST")
             return setFault(request.body);
+        if (request.method == "GET")
+            return {200, QJsonDocument(m_faults.toJson())};
         if (request.method != "DELETE")
-            return methodNotAllowed("POST, DELETE");
+            return methodNotAllowed("GET, POST, DELETE");
         m_faults.clear();
         return done();
     }
@@ -121,7 +123,7 @@ Answer AdminRoutes::setFault(const QByteArray &json) const
     fault.stallAfterHalf = object.value(QLatin1String("stall_after_half")).toBool();
     fault.remaining = object.value(QLatin1String("times")).toInt(-1);
     const QString pace = object.value(QLatin1String("pace")).toString(QStringLiteral("whole"));
-    const QStringList paces{"whole", "trickle", "endless_chunks", "huge_length"};
+    const QStringList &paces = paceNames();
     if (!paces.contains(pace))
         return invalid(QStringLiteral("pace is one of %1.").arg(paces.join(QStringLiteral(", "))));
     fault.pace = Pace(paces.indexOf(pace));

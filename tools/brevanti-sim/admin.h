@@ -9,7 +9,8 @@ class RequestRecord;
 struct RecordedRequest;
 
 // The routes under "/_sim/" that reach the service's faults and request record from outside its
-// process: POST /_sim/faults sets a fault from a JSON object, DELETE /_sim/faults clears them,
+// process: POST /_sim/faults sets a fault from a JSON object, GET /_sim/faults lists those still
+// in force, DELETE /_sim/faults clears them,
 // GET /_sim/requests lists the recorded requests, DELETE /_sim/requests forgets them.
 class AdminRoutes
 {

@@ -3,6 +3,7 @@
 #include "fault.h"
 
 #include <QByteArray>
+#include <QJsonArray>
 #include <QList>
 #include <QString>
 
@@ -20,6 +21,9 @@ public:
     // The fault a request meets, counted as used; a fault on its exact method wins over one on
     // "*". Nothing when none applies.
     std::optional<Fault> take(const QByteArray &method, const QString &path);
+    // The faults still in force, as the admin route's JSON spells them, with their method and
+    // path.
+    QJsonArray toJson() const;
 
 private:
     struct Entry

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QStringList>
+
 namespace bvtsim {
 
 // How an answer's body goes out; all but the first are answers no honest server gives.
@@ -9,5 +11,12 @@ enum class Pace {
     EndlessChunks, // chunked, 64 KiB a chunk, for as long as the client reads
     HugeLength,    // a length no 64-bit number holds, 64 KiB of it, then silence
 };
+
+// The paces as the admin route's JSON names them, in the order of the enumeration.
+inline const QStringList &paceNames()
+{
+    static const QStringList names{"whole", "trickle", "endless_chunks", "huge_length"};
+    return names;
+}
 
 } // namespace bvtsim

@@ -84,6 +84,13 @@ async function switchPreference(box) {
     }
 }
 
+async function loadFaults() {
+    const faults = await (await send("GET", "/_sim/faults")).json();
+    fill("faults", faults, [f => f.method, f => f.path, f => f.status, f => f.body, f => f.delay_ms,
+                            f => f.drop_connection ? "yes" : "", f => f.stall_after_half ? "yes" : "",
+                            f => f.times < 0 ? "until cleared" : f.times]);
+}
+
 async function loadState() {
     const state = await (await send("GET", "/_sim/state")).json();
     fill("devices", state.devices, [d => d.uuid, d => d.user, d => d.push_token,
@@ -125,6 +132,7 @@ async function start() {
             await send("POST", "/_sim/faults", fault);
             result.textContent = `Fault added on ${fault.method} ${fault.path}`;
             result.className = "";
+            await loadFaults();
         } catch (error) {
             result.textContent = error.message;
             result.className = "failed";
@@ -133,17 +141,20 @@ async function start() {
     document.getElementById("clear-faults").addEventListener("click", async () => {
         await send("DELETE", "/_sim/faults");
         document.getElementById("fault-result").textContent = "Faults cleared";
+        await loadFaults();
     });
 
     requests.push(...await (await send("GET", "/_sim/requests")).json());
     showRequests();
     await loadState();
+    await loadFaults();
     const events = new EventSource("/_sim/events");
     events.addEventListener("open", () => say("Live"));
     events.addEventListener("error", () => say("Disconnected; retrying…", true));
     events.addEventListener("request", event => {
         requests.push(JSON.parse(event.data));
         showRequests();
+        loadFaults().catch(error => say(error.message, true)); // one may have been used up
     });
     events.addEventListener("state", () => loadState().catch(error => say(error.message, true)));
 }
