@@ -194,11 +194,12 @@ private Q_SLOTS:
                 {"name":"Breaking","key":"breaking","enabled":true},{"name":"Digest","key":"digest",
                 "enabled":0}]},{"name":"Orders","key":"orders","preferences":[]}])")
                 << "News:news(Breaking:breaking=1,Digest:digest=0) Orders:orders()";
-        QTest::newRow("enabled readings") << QByteArray(R"([{"name":"C","key":"c","preferences":[
+        QTest::newRow("enabled readings")
+                << QByteArray(R"([{"name":"C","key":"c","preferences":[
                 {"key":"a","enabled":1.5},{"key":"b","enabled":0.5},{"key":"c","enabled":-2},
                 {"key":"d","enabled":" +7 days"},{"key":"e","enabled":"true"},{"key":"f","enabled":null},
-                {"key":"g"},{"key":"h","enabled":[1]}]}])")
-                                          << "C:c(~:a=1,~:b=0,~:c=1,~:d=1,~:e=0,~:f=0,~:g=0,~:h=0)";
+                {"key":"g"},{"key":"h","enabled":[1]},{"key":"i","enabled":"  "}]}])")
+                << "C:c(~:a=1,~:b=0,~:c=1,~:d=1,~:e=0,~:f=0,~:g=0,~:h=0,~:i=0)";
         QTest::newRow("texts from numbers, empty kept") << QByteArray(
                 R"([{"name":42,"key":true,"preferences":[{"name":1.5,"key":"","enabled":1},
                 {"name":{"x":1},"key":null,"enabled":1}]}])")

@@ -326,7 +326,8 @@ private Q_SLOTS:
                  QString(push == 2 ? "" : "a:load a:will a:did ")
                          + (push ? "b:load b:will b:did " : ""));
         QPointer<QWidget> background = popup->backgroundView(), container = popup->containerView();
-        QCOMPARE(background->geometry(), m_phone->widget()->rect());
+        QVERIFY(background->geometry() == m_phone->widget()->rect()
+                && background->autoFillBackground()); // it dims what is behind
         QCOMPARE(container->geometry(), card);
         QCOMPARE(popup->navigationBar()->isVisible(), !barHidden);
         QWidget *top = popup->topViewController()->view();

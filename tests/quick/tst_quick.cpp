@@ -318,11 +318,14 @@ private Q_SLOTS:
     void pageShowsFailuresAndReplacesItsList()
     {
         m_local->service().setFault("GET", "/preferences", bvtsim::Fault::answer(500, "{}"));
+        LogCapture log;
         QQuickWindow window;
         const std::unique_ptr<QObject> page = make("PreferencesPage", window);
         QCOMPARE(page->property("title").toString(), "Notifications");
         auto *model = page->property("model").value<QAbstractItemModel *>();
         QTRY_VERIFY(!model->property("errorString").toString().isEmpty());
+        QCOMPARE(log.linesStartingWith("Preferences Error... ERROR: {}").size(),
+                 1); // as the widget
         m_local->reset();
         QVERIFY(QMetaObject::invokeMethod(
                 itemsOf(page.get(), "QQuickAbstractButton", "Try Again").value(0), "clicked"));
