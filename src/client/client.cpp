@@ -39,18 +39,12 @@ Client::Client(QObject *parent) : QObject(parent), d(std::make_unique<ClientPriv
     d->q = this;
     // The store announces every write; the client announces what changed of what it shows.
     const IdentifierEvents &events = IdentifierEvents::instance();
-    connect(&events, &IdentifierEvents::deviceIdChanged, this, [this] {
-        if (d->deviceId.update(deviceId()))
-            Q_EMIT deviceIdChanged();
-    });
-    connect(&events, &IdentifierEvents::userIdChanged, this, [this] {
-        if (d->user.update(user()))
-            Q_EMIT userChanged();
-    });
-    connect(&events, &IdentifierEvents::deviceTokenChanged, this, [this] {
-        if (d->pushToken.update(pushToken()))
-            Q_EMIT pushTokenChanged();
-    });
+    connect(&events, &IdentifierEvents::deviceIdChanged, this,
+            [this] { d->announce(d->deviceId, deviceId(), &Client::deviceIdChanged); });
+    connect(&events, &IdentifierEvents::userIdChanged, this,
+            [this] { d->announce(d->user, user(), &Client::userChanged); });
+    connect(&events, &IdentifierEvents::deviceTokenChanged, this,
+            [this] { d->announce(d->pushToken, pushToken(), &Client::pushTokenChanged); });
 }
 
 Client::~Client() = default;
@@ -89,20 +83,23 @@ void Client::setWidgetScreensFollowPalette(bool follow)
     Q_EMIT widgetScreensFollowPaletteChanged();
 }
 
+void ClientPrivate::announce(Announced &announced, const QString &now, void (Client::*changed)())
+{
+    if (announced.update(now))
+        Q_EMIT(q->*changed)();
+}
+
 Start ClientPrivate::initialise(const QString &clientId, const QString &clientSecret,
                                 const Completion &done)
 {
     const bool wasInitialised = session != nullptr;
     session = Session::create(clientId, clientSecret);
     const Start start = registerDevice(session, done);
-    if (deviceId.update(q->deviceId()))
-        Q_EMIT q->deviceIdChanged();
+    announce(deviceId, q->deviceId(), &Client::deviceIdChanged);
     if (!wasInitialised)
         Q_EMIT q->initialisedChanged();
-    if (user.update(q->user()))
-        Q_EMIT q->userChanged();
-    if (pushToken.update(q->pushToken()))
-        Q_EMIT q->pushTokenChanged();
+    announce(user, q->user(), &Client::userChanged);
+    announce(pushToken, q->pushToken(), &Client::pushTokenChanged);
     return start;
 }
 

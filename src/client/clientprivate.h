@@ -31,6 +31,9 @@ public:
         bool update(const QString &now);
     };
 
+    // Emits changed when now differs from what announced last told.
+    void announce(Announced &announced, const QString &now, void (Client::*changed)());
+
     Start initialise(const QString &clientId, const QString &clientSecret, const Completion &done);
     Start send(const Verb &verb, const QString &path, const BVTParameters &parameters,
                const Completion &done);

@@ -44,15 +44,13 @@ ScreenColors ScreenColors::current()
     }
     const QPalette palette = QGuiApplication::palette();
     colors.m_followsPalette = true;
-    colors.m_window = palette.color(QPalette::Window);
-    colors.m_windowText = palette.color(QPalette::WindowText);
-    colors.background = colors.m_window;
-    colors.text = colors.m_windowText;
-    colors.secondaryText = colors.m_windowText;
+    colors.background = palette.color(QPalette::Window);
+    colors.text = palette.color(QPalette::WindowText);
+    colors.secondaryText = colors.text;
     colors.rowBackground = palette.color(QPalette::Base);
     colors.rowText = palette.color(QPalette::Text);
-    colors.headerBackground = colors.m_window;
-    colors.headerText = colors.m_windowText;
+    colors.headerBackground = colors.background;
+    colors.headerText = colors.text;
     colors.hairline = palette.color(QPalette::Mid);
     return colors;
 }
@@ -64,7 +62,7 @@ QColor ScreenColors::onTint(const QColor &tint) const
     const auto better = [&tint](const QColor &a, const QColor &b) {
         return contrastRatio(a, tint) >= contrastRatio(b, tint) ? a : b;
     };
-    const QColor fromPalette = better(m_window, m_windowText);
+    const QColor fromPalette = better(background, text);
     return contrastRatio(fromPalette, tint) >= readable ? fromPalette
                                                         : better(Qt::white, Qt::black);
 }

@@ -29,8 +29,6 @@ struct ScreenColors
 
 private:
     bool m_followsPalette = false;
-    QColor m_windowText;
-    QColor m_window;
 };
 
 // The contrast ratio of two colours as WCAG defines it, from 1 to 21.

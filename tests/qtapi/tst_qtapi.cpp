@@ -6,9 +6,9 @@
 
 #include <QtTest>
 
-using bvtsim::Fault;
 using bvt::Client;
 using bvt::Reply;
+using bvtsim::Fault;
 
 namespace {
 
