@@ -66,7 +66,9 @@ private Q_SLOTS:
             "n%C3%A4me=Gr%C3%BC%C3%9Fe%20%E6%9D%B1%E4%BA%AC%20%F0%9F%8E%89");
         row("brackets inside a key are data", {{"a[b]", BVTParameters{{"c]", "1"}}}},
             "a%5Bb%5D[c%5D]=1");
-        row("empty and null values", {{"empty", ""}, {"none", QVariant()}}, "empty=&none");
+        row("empty and null values",
+            {{"empty", ""}, {"none", QVariant()}, {"null", QVariant::fromValue(nullptr)}},
+            "empty=&none&null");
     }
 
     void formEncoding()

@@ -9,19 +9,6 @@
 
 #include <QtTest>
 
-namespace {
-
-const QJsonArray catalogue = QJsonDocument::fromJson(R"([
-    {"name": "News", "key": "news", "preferences": [
-        {"name": "Breaking news", "key": "breaking", "enabled": true},
-        {"name": "Daily digest", "key": "digest", "enabled": false}]},
-    {"name": "Orders", "key": "orders", "preferences": [
-        {"name": "Shipping updates", "key": "shipping", "enabled": true}]}
-])")
-                                     .array();
-
-} // namespace
-
 class TestNotify : public QObject
 {
     Q_OBJECT
@@ -31,7 +18,6 @@ private Q_SLOTS:
         QCoreApplication::setOrganizationName("BrevantiTests");
         QStandardPaths::setTestModeEnabled(true);
         m_local = std::make_unique<LocalService>();
-        QVERIFY(m_local->service().setCatalogue(catalogue));
         m_system.install();
         m_log = std::make_unique<LogCapture>();
     }
@@ -53,7 +39,7 @@ private Q_SLOTS:
         m_log->clear();
 
         Outcomes outcomes;
-        BVTNotify::enableDevice(QByteArray("\x01"), outcomes.success(), outcomes.failure());
+        BVTNotify::enableDevice(QByteArray("\x01"), outcomes.success());
         BVTNotify::verifyPushEnabled(outcomes.success(), outcomes.failure());
         BVTNotify::getPreferences(outcomes.success(), outcomes.failure());
         BVTNotify::enablePreferenceWithCategory("news", "breaking", outcomes.success(),
@@ -65,9 +51,9 @@ private Q_SLOTS:
         // The client's replies say so instead.
         bvt::Client *client = bvt::Client::instance();
         QList<int> errors;
-        for (bvt::Reply *reply :
-             {client->assignDeviceToUser("u"), client->unassignDevice(), client->enableDevice("AB"),
-              client->fetchPreferences(), client->setPreferenceEnabled("news", "digest", false)})
+        for (bvt::Reply *reply : {client->assignDeviceToUser("u"), client->unassignDevice(),
+                                  client->enableDevice("AB"), client->fetchPreferences(),
+                                  client->setPreferenceEnabled("news", "daily_digest", false)})
             reply->then(client, [&errors](bvt::Reply *reply) { errors << reply->error(); });
         QCOMPARE(m_log->lines(), QStringList(13, "You have not fired initWithLaunchOptions yet!"));
         QTRY_VERIFY(m_local->nothingUnderWay());
@@ -137,14 +123,14 @@ private Q_SLOTS:
         BVT::assignDeviceToUser("u 1", outcomes.success(), nullptr);
         QTRY_VERIFY(m_local->nothingUnderWay());
         // The digest is off already, so the document is the same whichever is answered first.
-        BVTNotify::disablePreferenceWithCategory("news", "digest", outcomes.success());
+        BVTNotify::disablePreferenceWithCategory("news", "daily_digest", outcomes.success());
         BVTNotify::getPreferences(outcomes.success(), outcomes.failure());
         QTRY_VERIFY(m_local->nothingUnderWay());
         QCOMPARE(outcomes.answers.size(), 3);
         const QVariantList document = m_local->service().preferenceDocument(device).toVariantList();
         QVERIFY(outcomes.answers.contains(document));
         QCOMPARE(m_local->requestsFor("/preferences/disable").first().body,
-                 QByteArray("category=news&preference=digest&user[identifier]=u%201"));
+                 QByteArray("category=news&preference=daily_digest&user[identifier]=u%201"));
         QCOMPARE(m_local->requestsFor("/preferences").first().query,
                  "device[uuid]=" + device.toUtf8());
     }
@@ -169,7 +155,7 @@ private Q_SLOTS:
                                  BVTNotify::enablePreferenceWithCategory(QString(), "breaking"));
         QVERIFY_THROWS_EXCEPTION(std::invalid_argument,
                                  BVTNotify::disablePreferenceWithCategory("news", QString()));
-        BVTNotify::enablePreferenceWithCategory("news", "digest", outcomes.success());
+        BVTNotify::enablePreferenceWithCategory("news", "daily_digest", outcomes.success());
         BVTNotify::verifyPushEnabled(outcomes.success(), outcomes.failure()); // never called back
         BVTNotify::verifyPushEnabled(outcomes.success());
         BVTNotify::verifyPushEnabled();
@@ -181,7 +167,7 @@ private Q_SLOTS:
         QCOMPARE(m_local->service().requests().size(), 2); // the two changes
         QCOMPARE(m_local->requestsFor("/preferences/enable").first().body,
                  "category=news&device[uuid]=" + BVT::currentDevice().toUtf8()
-                         + "&preference=digest");
+                         + "&preference=daily_digest");
     }
 
     void documentModelReadsTheFetchedDocument_data()

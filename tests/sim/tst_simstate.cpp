@@ -20,17 +20,6 @@ class tst_SimState : public QObject
     }
 
 private Q_SLOTS:
-    void registrationKeepsWhatWasSent()
-    {
-        ServiceState state;
-        const QString first = state.registerDevice(phone, start);
-        const QString second = state.registerDevice(phone, start.addSecs(1));
-        QVERIFY(first != second);
-        QCOMPARE(state.deviceIds(), QStringList({first, second}));
-        QCOMPARE(state.devices().last().description, phone);
-        QCOMPARE(state.devices().last().registered, start.addSecs(1));
-    }
-
     // A device keeps its own states apart from its user's, and is served the user's while it has
     // one.
     void preferencesAreKeptApart_data()

@@ -35,8 +35,6 @@ public:
 
     // Exchanges the library's network access finished since the last reset: every request ends in
     // one, answered or not, so tests wait on this rather than on a callback that may never come.
-    int finishedExchanges() const { return m_finished; }
-
     // After the events already posted have run: whether no exchange is under way. The network
     // access manager is the parent of every reply, so nothing sent can hide from this.
     bool nothingUnderWay() const;
