@@ -96,7 +96,8 @@ private Q_SLOTS:
         row("text/javascript, charset", 200, "text/javascript; charset=utf-8", "{}", nullptr);
         row("199", 199, json, "{}", "{}");
         row("300", 300, json, "{}", "{}");
-        row("text/plain", 200, "text/plain", "{}", "{}");
+        row("text/plain, bare charset", 200, "text/plain; charset=ISO-8859-1", "\"caf\xe9\"",
+            "\"caf\xc3\xa9\"");
         row("no content type", 200, nullptr, "{}", "{}");
         row("empty 200", 200, json, "", "");
         row("a bare number", 200, json, "42", "42");

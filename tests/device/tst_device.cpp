@@ -423,7 +423,8 @@ private Q_SLOTS:
         QVERIFY(filler.resize(filler.size() - free));
         LogCapture::clear();
         m_manager->setBVTDeviceToken("BB");
-        QCOMPARE(m_log->linesStartingWith("Failed to save settings to " + file + ": ").size(), 1);
+        QCOMPARE(m_log->linesStartingWith("Failed"),
+                 QStringList{"Failed to save settings to " + file + ": short write"});
         QCOMPARE(contents(), before);
         QCOMPARE(m_manager->currentDeviceToken(), "BB");
         QCOMPARE(QDir(QFileInfo(file).path()).entryList(QDir::Files | QDir::Hidden),

@@ -193,7 +193,9 @@ private Q_SLOTS:
         QCOMPARE(hooks, "second:load second:will second:did ");
         QVERIFY(second->view()->isVisible() && !m_root->view()->isVisible());
         QVERIFY(second->view()->autoFillBackground()); // white, not the window's grey
-        QCOMPARE(nav->navigationBar()->findChild<QLabel *>()->font().pixelSize(), 17);
+        const QLabel *title = nav->navigationBar()->findChild<QLabel *>(); // centred, bar-high
+        QVERIFY(title->font().pixelSize() == 17 && title->height() == 44
+                && title->x() * 2 + title->width() == nav->navigationBar()->width());
         QVERIFY(second->navigationController() == nav && nav->navigationBar()->title() == "second");
         hooks.clear();
         QPointer<QWidget> view = second->view(); // a controller takes its view with it
@@ -248,6 +250,7 @@ private Q_SLOTS:
         nav->pushViewController(second, true);
         QVERIFY(back->isVisible());
         QCOMPARE(back->text(), "\u2039 " + (rootTitle.isNull() ? "Back" : rootTitle));
+        QVERIFY(back->x() > 0 && back->height() == 44);
         for (int press = 0; press < 2; ++press) // the second finds a stack of one
             key ? QTest::keyClick(nav->view(), Qt::Key(key)) : back->click();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -317,8 +320,10 @@ private Q_SLOTS:
                          + (push ? "b:load b:will b:did " : ""));
         QPointer<QWidget> background = popup->backgroundView(), container = popup->containerView();
         QVERIFY(background->geometry() == m_phone->widget()->rect()
+                && background->parentWidget() == m_phone->widget()
                 && background->autoFillBackground()); // it dims what is behind
         QCOMPARE(container->geometry(), card);
+        QVERIFY(container->mask().contains(QPoint(20, 20)) && !container->mask().contains({0, 0}));
         QCOMPARE(popup->navigationBar()->isVisible(), !barHidden);
         QWidget *top = popup->topViewController()->view();
         QVERIFY(top->isVisible());

@@ -430,7 +430,8 @@ private Q_SLOTS:
         Preferences *screen = open();
         QTRY_VERIFY(!screen->tableData().isEmpty());
         const int section = int(screen->tableData().size()) - 1;
-        m_phone->widget()->grab(); // paints every part
+        // Painted whole; below the rows, the grouped table's own grey.
+        QCOMPARE(m_phone->widget()->grab().toImage().pixelColor(100, 660), QColor(240, 240, 245));
         bvt::TableViewCell *cell = screen->tableView()->cellForRowAtIndexPath({section, row});
         BVTNotifySwitch *toggle = switchOf(cell);
         QTEST(labelText(cell), "label");
