@@ -73,8 +73,8 @@ std::optional<Reply> Inspector::file(const QString &path)
 
 bool Inspector::covers(const QString &path)
 {
-    static const QSet<QString> routes{"inspector", "inspector.js", "inspector.css",
-                                      "state",     "preferences",  "events"};
+    // The page's own files are file()'s.
+    static const QSet<QString> routes{"state", "preferences", "events"};
     return routes.contains(route(path));
 }
 
@@ -90,10 +90,10 @@ Answer Inspector::answer(const RecordedRequest &request)
         return {200, QJsonDocument(stateJson())};
     if (name == QLatin1String("preferences") && request.method == "POST")
         return switchPreference(request.body);
+    const QByteArray allowed = name == QLatin1String("preferences") ? "POST" : "GET";
     Answer refused = error(405, "method_not_allowed",
-                           QStringLiteral("Allowed: ")
-                                   + (name == QLatin1String("preferences") ? "POST" : "GET"));
-    refused.headers = {{"Allow", name == QLatin1String("preferences") ? "POST" : "GET"}};
+                           QStringLiteral("Allowed: ") + QString::fromLatin1(allowed));
+    refused.headers = {{"Allow", allowed}};
     return refused;
 }
 
@@ -101,7 +101,6 @@ QJsonObject Inspector::stateJson() const
 {
     QJsonArray devices;
     QJsonArray preferences;
-    QStringList users;
     for (const Device &device : m_state.devices()) {
         devices.append(QJsonObject{
                 {"uuid", device.uuid},
@@ -113,10 +112,9 @@ QJsonObject Inspector::stateJson() const
                 QJsonObject{{"owner", "device"},
                             {"id", device.uuid},
                             {"document", m_state.preferences(Holder::Device, device.uuid)}});
-        if (device.user && !users.contains(*device.user))
-            users.append(*device.user);
     }
-    for (const QString &user : std::as_const(users))
+    // Every user a device was ever assigned to keeps its preferences, assigned now or not.
+    for (const QString &user : m_state.users())
         preferences.append(QJsonObject{{"owner", "user"},
                                        {"id", user},
                                        {"document", m_state.preferences(Holder::User, user)}});

@@ -32,6 +32,7 @@ public:
 
     // A page file, or nothing when path names none.
     static std::optional<Reply> file(const QString &path);
+    // Whether path is one of the page's routes: its state, its switches, its event stream.
     static bool covers(const QString &path);
     static bool isEventStream(const RecordedRequest &request);
     // The answer of /_sim/state or /_sim/preferences.

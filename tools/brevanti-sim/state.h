@@ -54,7 +54,8 @@ public:
     bool assign(const QString &uuid, const QString &user);
     bool unassign(const QString &uuid);
     bool setPushToken(const QString &uuid, const QString &token);
-    bool hasUser(const QString &user) const; // whether a device was ever assigned to the user
+    bool hasUser(const QString &user) const;      // whether a device was ever assigned to the user
+    QStringList users() const { return m_users; } // in the order they were first assigned
 
     // A new random token valid for lifetimeSeconds from now; expired tokens are dropped first.
     QByteArray issueToken(const QDateTime &now, int lifetimeSeconds);
